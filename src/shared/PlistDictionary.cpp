@@ -1,0 +1,186 @@
+#include "PlistDictionary.h"
+
+#include "PlistNode.h"
+
+#include <bit>
+
+using namespace plist_detail;
+
+namespace {
+
+// Below this many entries a scan beats hashing.
+constexpr size_t kIndexThreshold = 8;
+
+void place(DictionaryNode &d, size_t entry, quint32 hash)
+{
+    const size_t mask = d.table.size() - 1;
+    size_t slot = hash & mask;
+    while (d.table[slot] != 0)
+        slot = (slot + 1) & mask;
+    d.table[slot] = quint32(entry + 1);
+}
+
+void rebuildIndex(DictionaryNode &d, const std::vector<quint32> &hashes)
+{
+    d.table.assign(std::bit_ceil(std::max<size_t>(16, d.entries.size() * 2)), 0);
+    for (size_t i = 0; i < d.entries.size(); ++i)
+        place(d, i, hashes[i]);
+    d.indexed = true;
+}
+
+void dropIndex(DictionaryNode &d)
+{
+    d.indexed = false;
+    d.table = {};
+}
+
+} // namespace
+
+PlistDictionary PlistDictionary::create(qsizetype reserve)
+{
+    auto *node = new DictionaryNode;
+    node->entries.reserve(size_t(reserve));
+    return PlistDictionary(PlistValue(node));
+}
+
+DictionaryNode &PlistDictionary::node() const noexcept
+{
+    Q_ASSERT(!isNull());
+    return *static_cast<DictionaryNode *>(_value.node());
+}
+
+qsizetype PlistDictionary::count() const noexcept
+{
+    return isNull() ? 0 : qsizetype(node().entries.size());
+}
+
+qsizetype PlistDictionary::indexOf(QAnyStringView key) const
+{
+    if (isNull())
+        return -1;
+    DictionaryNode &d = node();
+    if (d.entries.size() <= kIndexThreshold) {
+        for (size_t i = 0; i < d.entries.size(); ++i) {
+            if (QAnyStringView::equal(d.entries[i].key.stringView(), key))
+                return qsizetype(i);
+        }
+        return -1;
+    }
+    if (!d.indexed) {
+        std::vector<quint32> hashes;
+        hashes.reserve(d.entries.size());
+        for (const DictionaryEntry &e : d.entries)
+            hashes.push_back(static_cast<const StringNode *>(e.key.node())->hashValue());
+        rebuildIndex(d, hashes);
+    }
+    const size_t mask = d.table.size() - 1;
+    for (size_t slot = hashUnits(key) & mask; d.table[slot] != 0; slot = (slot + 1) & mask) {
+        const size_t i = d.table[slot] - 1;
+        if (QAnyStringView::equal(d.entries[i].key.stringView(), key))
+            return qsizetype(i);
+    }
+    return -1;
+}
+
+PlistValue PlistDictionary::value(QAnyStringView key) const
+{
+    const qsizetype i = indexOf(key);
+    return i < 0 ? PlistValue() : node().entries[size_t(i)].value;
+}
+
+QString PlistDictionary::keyAt(qsizetype index) const
+{
+    return keyValueAt(index).toString();
+}
+
+const PlistValue &PlistDictionary::keyValueAt(qsizetype index) const noexcept
+{
+    Q_ASSERT(index >= 0 && index < count());
+    return node().entries[size_t(index)].key;
+}
+
+const PlistValue &PlistDictionary::valueAt(qsizetype index) const noexcept
+{
+    Q_ASSERT(index >= 0 && index < count());
+    return node().entries[size_t(index)].value;
+}
+
+void PlistDictionary::reserve(qsizetype size)
+{
+    node().entries.reserve(size_t(size));
+}
+
+void PlistDictionary::insert(const PlistValue &key, PlistValue value)
+{
+    Q_ASSERT(key.isString());
+    const qsizetype existing = indexOf(key.stringView());
+    if (existing >= 0) {
+        replaceAt(existing, std::move(value));
+        return;
+    }
+    DictionaryNode &d = node();
+    d.entries.push_back({key, std::move(value)});
+    if (!d.indexed)
+        return;
+    const quint32 hash = static_cast<const StringNode *>(key.node())->hashValue();
+    if (d.entries.size() * 2 <= d.table.size()) {
+        place(d, d.entries.size() - 1, hash);
+        return;
+    }
+    dropIndex(d); // rebuilt larger on the next lookup
+}
+
+void PlistDictionary::insertAt(qsizetype index, const PlistValue &key, PlistValue value)
+{
+    Q_ASSERT(key.isString() && !contains(key.stringView()));
+    Q_ASSERT(index >= 0 && index <= count());
+    DictionaryNode &d = node();
+    if (size_t(index) == d.entries.size()) {
+        insert(key, std::move(value));
+        return;
+    }
+    d.entries.insert(d.entries.begin() + index, {key, std::move(value)});
+    dropIndex(d);
+}
+
+void PlistDictionary::replaceAt(qsizetype index, PlistValue value)
+{
+    Q_ASSERT(index >= 0 && index < count());
+    node().entries[size_t(index)].value = std::move(value);
+}
+
+void PlistDictionary::removeAt(qsizetype index)
+{
+    Q_ASSERT(index >= 0 && index < count());
+    DictionaryNode &d = node();
+    d.entries.erase(d.entries.begin() + index);
+    dropIndex(d);
+}
+
+bool PlistDictionary::remove(QAnyStringView key)
+{
+    const qsizetype i = indexOf(key);
+    if (i < 0)
+        return false;
+    removeAt(i);
+    return true;
+}
+
+void PlistDictionary::clear()
+{
+    DictionaryNode &d = node();
+    d.entries.clear();
+    dropIndex(d);
+}
+
+void PlistDictionary::reorder(const std::vector<qsizetype> &order)
+{
+    DictionaryNode &d = node();
+    Q_ASSERT(order.size() == d.entries.size());
+    std::vector<DictionaryEntry> reordered;
+    reordered.reserve(order.size());
+    for (const qsizetype from : order)
+        reordered.push_back(d.entries[size_t(from)]);
+    d.entries.swap(reordered);
+    dropIndex(d);
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "PlistValue.h"
+
+#include <vector>
+
+/// A handle on one mutable plain dictionary: string keys in an order of their
+/// own (insertion order unless reordered) with hashed lookup. Copies of the
+/// handle alias the same dictionary; a null handle refers to none.
+/// Appending and lookup are constant time; a change that moves entries
+/// (insertion in the middle, removal, reorder) is linear.
+class PlistDictionary
+{
+public:
+    PlistDictionary() noexcept = default;
+    static PlistDictionary create(qsizetype reserve = 0);
+
+    bool isNull() const noexcept { return _value.isNone(); }
+    qsizetype count() const noexcept;
+    bool isEmpty() const noexcept { return count() == 0; }
+
+    /// Position of the key, or -1.
+    qsizetype indexOf(QAnyStringView key) const;
+    bool contains(QAnyStringView key) const { return indexOf(key) >= 0; }
+    /// The value for the key, or none.
+    PlistValue value(QAnyStringView key) const;
+    QString keyAt(qsizetype index) const;
+    /// The key as a string value, shared rather than copied.
+    const PlistValue &keyValueAt(qsizetype index) const noexcept;
+    const PlistValue &valueAt(qsizetype index) const noexcept;
+
+    void reserve(qsizetype size);
+    /// Sets the value of a key: in its place if present, else appended.
+    void insert(const PlistValue &key, PlistValue value);
+    void insert(const QString &key, PlistValue value) { insert(PlistValue(key), std::move(value)); }
+    /// Puts a key that is not present yet at `index`.
+    void insertAt(qsizetype index, const PlistValue &key, PlistValue value);
+    void replaceAt(qsizetype index, PlistValue value);
+    void removeAt(qsizetype index);
+    bool remove(QAnyStringView key);
+    void clear();
+    /// Puts the entry at `order[i]` at `i`; `order` is a permutation of all indexes.
+    void reorder(const std::vector<qsizetype> &order);
+
+    const PlistValue &value() const noexcept { return _value; }
+    bool isSameObject(const PlistDictionary &other) const noexcept
+    {
+        return _value.isSameObject(other._value);
+    }
+
+private:
+    friend class PlistValue;
+    explicit PlistDictionary(PlistValue value) noexcept : _value(std::move(value)) {}
+    plist_detail::DictionaryNode &node() const noexcept;
+
+    PlistValue _value; // none, or a dictionary
+};
