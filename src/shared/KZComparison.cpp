@@ -18,7 +18,7 @@ bool isDigit(char16_t c)
 }
 
 // Compares the runs of digits that start at i and j by value; moves both past them.
-int compareDigitRuns(const QString &a, qsizetype &i, const QString &b, qsizetype &j)
+int compareDigitRuns(QStringView a, qsizetype &i, QStringView b, qsizetype &j)
 {
     while (i < a.size() && a[i] == u'0' && i + 1 < a.size() && isDigit(a[i + 1].unicode()))
         ++i;
@@ -32,11 +32,11 @@ int compareDigitRuns(const QString &a, qsizetype &i, const QString &b, qsizetype
     const qsizetype lengthA = i - startA, lengthB = j - startB;
     if (lengthA != lengthB)
         return lengthA < lengthB ? -1 : 1;
-    return sign(QStringView(a).mid(startA, lengthA).compare(QStringView(b).mid(startB, lengthB)));
+    return sign(a.mid(startA, lengthA).compare(b.mid(startB, lengthB)));
 }
 
 // Text runs compare unit by unit, digit runs by their value ("a2" < "a10").
-int numericCompare(const QString &a, const QString &b, Qt::CaseSensitivity cs)
+int numericCompare(QStringView a, QStringView b, Qt::CaseSensitivity cs)
 {
     qsizetype i = 0, j = 0;
     while (i < a.size() && j < b.size()) {
@@ -58,6 +58,25 @@ int numericCompare(const QString &a, const QString &b, Qt::CaseSensitivity cs)
     return restA == restB ? 0 : (restA < restB ? -1 : 1);
 }
 
+// The view's units as UTF-16, copied into `buffer` only when stored otherwise.
+QStringView utf16View(QAnyStringView view, QString &buffer)
+{
+    return view.visit([&buffer](auto v) -> QStringView {
+        if constexpr (std::is_same_v<decltype(v), QStringView>) {
+            return v;
+        } else {
+            buffer = v.toString();
+            return buffer;
+        }
+    });
+}
+
+int numericCompare(QAnyStringView a, QAnyStringView b, Qt::CaseSensitivity cs)
+{
+    QString bufferA, bufferB;
+    return numericCompare(utf16View(a, bufferA), utf16View(b, bufferB), cs);
+}
+
 } // namespace
 
 int KZCompareStrings(KZComparison comparison, QAnyStringView a, QAnyStringView b)
@@ -69,9 +88,9 @@ int KZCompareStrings(KZComparison comparison, QAnyStringView a, QAnyStringView b
     case KZComparison::PlistCompare:
         return sign(QAnyStringView::compare(a, b, Qt::CaseInsensitive));
     case KZComparison::NumericCompare:
-        return numericCompare(a.toString(), b.toString(), Qt::CaseSensitive);
+        return numericCompare(a, b, Qt::CaseSensitive);
     case KZComparison::NumericCaseInsensitiveCompare:
-        return numericCompare(a.toString(), b.toString(), Qt::CaseInsensitive);
+        return numericCompare(a, b, Qt::CaseInsensitive);
     }
     return 0;
 }
