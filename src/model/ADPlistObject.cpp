@@ -385,27 +385,6 @@ QString ADPlistObject::rawKeyForLocalizedKey(const QString &localizedKey) const
     return localizedKey;
 }
 
-// --- editing --------------------------------------------------------------------------------
-
-void ADPlistObject::setKey(const QString &key, qint64 childIndex)
-{
-    Q_ASSERT(hasKeys() && childIndex >= 0 && childIndex < childCount());
-    const QString oldKey = keyAtIndex(childIndex);
-    if (oldKey == key)
-        return;
-    ADPlistObject *child = childAtIndex(childIndex);
-    PlistDictionary dictionary = _plist.toDictionary();
-    const PlistValue value = dictionary.valueAt(childIndex);
-    dictionary.removeAt(childIndex);
-    dictionary.insertAt(childIndex, PlistValue(key), value);
-    (*_keys)[childIndex] = key;
-    _childrenByKey->remove(oldKey);
-    _childrenByKey->insert(key, child);
-    if (KZNotificationCenter *center = notificationCenter())
-        center->postNotification(PlistObjectDidChangeNotification, child,
-                                 {{PlistObjectOldKey, oldKey}});
-}
-
 // --- building children ----------------------------------------------------------------------
 
 void ADPlistObject::createChildrenAndNotify(bool notify)

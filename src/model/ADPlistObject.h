@@ -2,20 +2,30 @@
 
 #include "ADPlistParent.h"
 
+#include "shared/KZComparison.h"
+#include "shared/KZIndexMap.h"
 #include "shared/KZIndexSet.h"
+#include "shared/KZRange.h"
 #include "shared/PlistValue.h"
 
 #include <QHash>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
 class ADDefinitionElement;
 class ADValueViewer;
+class KZError;
+
+/// Keys of the attributes `plistObjectWithData` fills in.
+inline const QString PlistObjectFormat = QStringLiteral("PlistObjectFormat");
+inline const QString PlistObjectErrorString = QStringLiteral("PlistObjectErrorString");
 
 /// One node of a plist tree. A node does not replace the plain value, it
 /// shadows it: a container node keeps its real mutable plain container in
@@ -57,6 +67,29 @@ public:
     /// What a new node of the type starts with (a boolean starts true, a date
     /// at the current whole second); none for an unknown code.
     static PlistValue defaultValueForPlistType(ADPlistType type);
+
+    // --- files: the only route between the disk and a tree (any thread)
+    /// The plain value of a file in XML, binary, old-style text or, when none
+    /// of those reads it, JSON, with mutable containers; none on failure.
+    /// `format` (may be null) gets the format or -1, `error` (may be null) the reason.
+    static PlistValue readPlistFromFile(const QString &path, bool authorizeIfNecessary,
+                                        ADPlistFormat *format, std::optional<KZError> *error);
+    /// The reading behind `readPlistFromFile` for bytes already in memory;
+    /// `path` names them in the message.
+    static PlistValue readPlistFromData(const QByteArray &data, const QString &path,
+                                        ADPlistFormat *format, std::optional<KZError> *error);
+    /// A parentless tree over the file's value, or null. Never throws.
+    static Pointer plistObjectWithContentsOfFile(const QString &path, bool authorizeIfNecessary,
+                                                 ADPlistFormat *format,
+                                                 std::optional<KZError> *error);
+    /// A parentless tree over data in memory, or null; `attributes` (may be
+    /// null) gets PlistObjectFormat, or PlistObjectErrorString on failure.
+    static Pointer plistObjectWithData(const QByteArray &data, QVariantMap *attributes);
+    /// Writes atomically: on any failure the old file is left as it was.
+    static std::optional<KZError> writePlist(const PlistValue &plist, const QString &path,
+                                             ADPlistFormat format, bool humanReadable);
+    /// "XML", "Binary", "ASCII" or "JSON"; a null string for any other code.
+    static QString displayStringForPlistFormat(ADPlistFormat format);
 
     // --- construction
     /// A string node with no parent.
@@ -130,9 +163,47 @@ public:
     bool keyIsRequired() const;
     QString rawKeyForLocalizedKey(const QString &localizedKey) const;
 
-    // --- editing
-    /// Gives the child at `index` a new key, in place, and posts the change.
+    // --- editing: every change of a tree goes through these. Each registers
+    // its inverse with the undo manager, changes the nodes and the plain
+    // containers, renumbers and posts, in that order.
+    /// Replaces the value (a copy of it); an equal value on a scalar changes nothing.
+    void setPlist(const PlistValue &plist);
+    void coerceToPlistType(ADPlistType type);
+    void setValueViewer(const std::shared_ptr<ADValueViewer> &viewer);
+    /// Renames a child; a sibling that has the key already is removed.
     void setKey(const QString &key, qint64 childIndex);
+    /// Puts `children` at `indexes` of the result; for a dictionary, under
+    /// `keys`, which must be new. The values go in as they are.
+    void insertChildren(const std::vector<Pointer> &children, const QStringList &keys,
+                        const KZIndexSet &indexes);
+    void insertChild(const Pointer &child, qint64 index, const QString &key = QString());
+    void addChild(const Pointer &child, const QString &key = QString());
+    /// A child with the type's default value; a dictionary key is made unique from `key`.
+    ADPlistObject *createNewChildOfType(ADPlistType type, qint64 index,
+                                        const QString &key = QString());
+    void removeChildrenAtIndexes(const KZIndexSet &indexes);
+    void removeChildAtIndex(qint64 index);
+    void removeAllChildren();
+    /// For arrays: removes the child at `index` and inserts `object` there.
+    void replaceChildAtIndex(qint64 index, const Pointer &object);
+    void moveChildIndexes(const KZIndexSet &indexes, qint64 toIndex);
+    void reorderChildrenUsingMap(const KZIndexMap &map,
+                                 const std::vector<Pointer> &movedChildren = {});
+    void sortKeysUsingSelector(KZComparison comparison, bool sortRecursively = false);
+    void sortValuesUsingSelector(KZComparison comparison, bool sortRecursively = false);
+    /// Dictionaries first, by their value under `subkey` (missing: last); then the others.
+    void sortValuesBySubkey(const QString &subkey, KZComparison comparison);
+    QSet<QString> unionOfChildrenSubkeys() const;
+
+    // --- comparing nodes for sorting
+    /// Types in code order; strings by the key sort default; containers keep
+    /// their order under an array, go by key under a dictionary. `other` null
+    /// stands for the null value.
+    int plistCompare(const ADPlistObject *other) const;
+    int compareUsingSelector(KZComparison comparison, const ADPlistObject *other) const;
+    /// The scripting code of the type: 'PLTA', 'bool', 'rdat', 'ldt ', 'cDCT', 'nmbr', 'TEXT'; 0
+    /// for null.
+    quint32 plistTypeEnum() const;
 
     // --- building children
     /// Builds the children from `_plist` (keys in preference order, which the
@@ -148,6 +219,10 @@ public:
 
 private:
     void buildOwnChildren();
+    void renumberChildren();
+    void registerUndo(std::function<void(ADPlistObject &)> inverse);
+    void setActionName(const QString &name) const;
+    void writeThroughToParent();
     void post(const QString &name, const QVariantMap &userInfo) const;
     QString valueDescription() const;
 
@@ -160,3 +235,6 @@ private:
     ADPlistParent *_parent = nullptr;
     qint64 _indexInParent = -1;
 };
+
+using ADPlistObjectList = std::vector<ADPlistObject::Pointer>;
+Q_DECLARE_METATYPE(ADPlistObjectList)

@@ -66,6 +66,16 @@ void PlistArray::removeAt(qsizetype index)
     items().erase(items().begin() + index);
 }
 
+void PlistArray::insert(const KZIndexSet &indexes, std::vector<PlistValue> values)
+{
+    kz_insertAtIndexes(items(), indexes, std::move(values));
+}
+
+void PlistArray::remove(const KZIndexSet &indexes)
+{
+    kz_removeAtIndexes(items(), indexes);
+}
+
 void PlistArray::clear()
 {
     items().clear();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KZIndexSet.h"
 #include "PlistValue.h"
 
 #include <vector>
@@ -25,6 +26,9 @@ public:
     void insert(qsizetype index, PlistValue value);
     void replace(qsizetype index, PlistValue value);
     void removeAt(qsizetype index);
+    /// Puts `values` at `indexes` of the result, in one pass.
+    void insert(const KZIndexSet &indexes, std::vector<PlistValue> values);
+    void remove(const KZIndexSet &indexes);
     void clear();
     /// Puts the element at `order[i]` at `i`; `order` is a permutation of all indexes.
     void reorder(const std::vector<qsizetype> &order);

@@ -166,6 +166,34 @@ bool PlistDictionary::remove(QAnyStringView key)
     return true;
 }
 
+void PlistDictionary::insert(const KZIndexSet &indexes, const std::vector<PlistValue> &keys,
+                             std::vector<PlistValue> values)
+{
+    Q_ASSERT(keys.size() == values.size());
+    std::vector<DictionaryEntry> entries;
+    entries.reserve(keys.size());
+    for (size_t i = 0; i < keys.size(); ++i)
+        entries.push_back({keys[i], std::move(values[i])});
+    DictionaryNode &d = node();
+    kz_insertAtIndexes(d.entries, indexes, std::move(entries));
+    dropIndex(d);
+}
+
+void PlistDictionary::remove(const KZIndexSet &indexes)
+{
+    DictionaryNode &d = node();
+    kz_removeAtIndexes(d.entries, indexes);
+    dropIndex(d);
+}
+
+void PlistDictionary::renameAt(qsizetype index, const PlistValue &key)
+{
+    Q_ASSERT(key.isString() && !contains(key.stringView()));
+    DictionaryNode &d = node();
+    d.entries[size_t(index)].key = key;
+    dropIndex(d);
+}
+
 void PlistDictionary::clear()
 {
     DictionaryNode &d = node();

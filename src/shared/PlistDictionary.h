@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KZIndexSet.h"
 #include "PlistValue.h"
 
 #include <vector>
@@ -38,6 +39,13 @@ public:
     void replaceAt(qsizetype index, PlistValue value);
     void removeAt(qsizetype index);
     bool remove(QAnyStringView key);
+    /// Puts keys that are not present yet, with their values, at `indexes` of the result, in one
+    /// pass.
+    void insert(const KZIndexSet &indexes, const std::vector<PlistValue> &keys,
+                std::vector<PlistValue> values);
+    void remove(const KZIndexSet &indexes);
+    /// Gives the entry at `index` another key that is not present yet, in place.
+    void renameAt(qsizetype index, const PlistValue &key);
     void clear();
     /// Puts the entry at `order[i]` at `i`; `order` is a permutation of all indexes.
     void reorder(const std::vector<qsizetype> &order);

@@ -4,6 +4,7 @@
 
 #include <QAnyStringView>
 #include <QByteArray>
+#include <QMetaType>
 #include <QString>
 #include <QtGlobal>
 
@@ -145,3 +146,5 @@ private:
     quintptr _bits = 0; // low three bits a tag; tag 0 is a heap node or none
 };
 static_assert(sizeof(PlistValue) == sizeof(void *));
+
+Q_DECLARE_METATYPE(PlistValue)

@@ -1,0 +1,121 @@
+#include "ADDateFormatter.h"
+
+#include <QDateTime>
+#include <QRegularExpression>
+
+#include <cmath>
+
+namespace {
+
+constexpr qint64 kReferenceDateEpochSeconds = 978307200;
+
+// A medium style from the locale's long one: abbreviated month names, no
+// weekday, no time zone.
+QString mediumDateFormat(const QLocale &locale)
+{
+    QString format = locale.dateFormat(QLocale::LongFormat);
+    format.remove(QStringLiteral("dddd, ")).remove(QStringLiteral("dddd "));
+    format.replace(QStringLiteral("MMMM"), QStringLiteral("MMM"));
+    return format.trimmed();
+}
+
+QString mediumTimeFormat(const QLocale &locale)
+{
+    QString format = locale.timeFormat(QLocale::LongFormat);
+    format.remove(QStringLiteral(" t")).remove(u't');
+    return format.trimmed();
+}
+
+double referenceSeconds(const QDateTime &when)
+{
+    return double(when.toMSecsSinceEpoch()) / 1000.0 - double(kReferenceDateEpochSeconds);
+}
+
+// The description form of a date, "2001-01-01 00:00:00 +0000".
+std::optional<double> descriptionDate(const QString &text)
+{
+    static const QRegularExpression form(
+        QStringLiteral(R"(^(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d) ([+-])(\d\d)(\d\d)$)"));
+    const QRegularExpressionMatch match = form.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    QDateTime when =
+        QDateTime::fromString(match.captured(1), QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    if (!when.isValid())
+        return std::nullopt;
+    when.setTimeZone(QTimeZone::utc());
+    const int sign = match.captured(2) == u"-" ? -1 : 1;
+    const int offset = sign * (match.captured(3).toInt() * 3600 + match.captured(4).toInt() * 60);
+    return referenceSeconds(when) - offset;
+}
+
+} // namespace
+
+ADDateFormatter::ADDateFormatter(const QLocale &locale, const QTimeZone &zone)
+    : _locale(locale), _zone(zone), _dateFormat(mediumDateFormat(locale)),
+      _timeFormat(mediumTimeFormat(locale))
+{}
+
+const ADDateFormatter &ADDateFormatter::standardDateFormatter()
+{
+    static const ADDateFormatter formatter;
+    return formatter;
+}
+
+QString ADDateFormatter::stringFromDate(double secondsSinceReferenceDate) const
+{
+    const auto ms = qint64(
+        std::floor((secondsSinceReferenceDate + double(kReferenceDateEpochSeconds)) * 1000.0));
+    const QDateTime when = QDateTime::fromMSecsSinceEpoch(ms, _zone);
+    return _locale.toString(when, _dateFormat + QStringLiteral(", ") + _timeFormat);
+}
+
+std::optional<double> ADDateFormatter::dateFromString(const QString &text) const
+{
+    const QString trimmed = text.simplified();
+    const QString forms[] = {
+        _dateFormat + QStringLiteral(", ") + _timeFormat, _dateFormat + u' ' + _timeFormat,
+        _locale.dateTimeFormat(QLocale::ShortFormat), _locale.dateTimeFormat(QLocale::LongFormat)};
+    for (const QString &form : forms) {
+        QDateTime when = _locale.toDateTime(trimmed, form);
+        if (when.isValid()) {
+            when.setTimeZone(_zone);
+            return referenceSeconds(when);
+        }
+    }
+    for (const QString &form : {_dateFormat, _locale.dateFormat(QLocale::ShortFormat)}) {
+        const QDate day = _locale.toDate(trimmed, form);
+        if (day.isValid())
+            return referenceSeconds(QDateTime(day, QTime(0, 0), _zone));
+    }
+    if (const std::optional<double> described = descriptionDate(trimmed))
+        return described;
+    const QDateTime iso = QDateTime::fromString(trimmed, Qt::ISODate);
+    if (iso.isValid())
+        return referenceSeconds(iso);
+    return std::nullopt;
+}
+
+QString ADDateFormatter::stringForObjectValue(const PlistValue &value) const
+{
+    return value.kind() == PlistValue::Kind::Date ? stringFromDate(value.toDate()) : QString();
+}
+
+QString ADDateFormatter::editingStringForObjectValue(const PlistValue &value) const
+{
+    return stringForObjectValue(value);
+}
+
+bool ADDateFormatter::getObjectValue(PlistValue *value, const QString &text,
+                                     QString *errorDescription) const
+{
+    const std::optional<double> seconds = dateFromString(text);
+    if (!seconds) {
+        if (errorDescription)
+            *errorDescription = QStringLiteral("“%1” is not a date").arg(text);
+        return false;
+    }
+    if (value)
+        *value = PlistValue::date(*seconds);
+    return true;
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "shared/PlistValue.h"
+
+#include <QLocale>
+#include <QString>
+#include <QTimeZone>
+
+#include <optional>
+
+/// Shows dates in a locale's medium date and time styles ("Nov 22, 2026,
+/// 3:04:05 PM" in English) and reads them back leniently: the same form,
+/// the date alone, the ISO 8601 form and the description form
+/// "2026-11-22 15:04:05 +0000" all parse. Dates are plain date values
+/// (seconds since 2001-01-01 UTC). Immutable once made; any thread.
+class ADDateFormatter
+{
+public:
+    explicit ADDateFormatter(const QLocale &locale = QLocale(),
+                             const QTimeZone &zone = QTimeZone::systemTimeZone());
+
+    /// The one formatter of the process for coercions, made on first use.
+    static const ADDateFormatter &standardDateFormatter();
+
+    QString stringFromDate(double secondsSinceReferenceDate) const;
+    std::optional<double> dateFromString(const QString &text) const;
+
+    QString stringForObjectValue(const PlistValue &value) const;
+    QString editingStringForObjectValue(const PlistValue &value) const;
+    /// Parsing gives a message, never an exception; `errorDescription` may be null.
+    bool getObjectValue(PlistValue *value, const QString &text, QString *errorDescription) const;
+
+private:
+    QLocale _locale;
+    QTimeZone _zone;
+    QString _dateFormat; // the medium date style
+    QString _timeFormat; // the medium time style
+};

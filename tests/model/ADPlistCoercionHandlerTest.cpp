@@ -1,0 +1,116 @@
+#include "model/ADPlistCoercionHandler.h"
+
+#include "shared/PlistArray.h"
+#include "shared/PlistDictionary.h"
+#include "viewers/formatters/ADDateFormatter.h"
+
+#include <QDateTime>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+PlistValue text(const char *s)
+{
+    return PlistValue(QString::fromUtf8(s));
+}
+
+struct Coercion
+{
+    const char *name;
+    PlistValue from;
+    ADPlistType to;
+    PlistValue expected;
+};
+
+std::vector<Coercion> coercions()
+{
+    return {
+        {"StringYesIsTrue", text("YES"), ADPlistTypeBoolean, PlistValue(true)},
+        {"StringOneIsTrue", text("1"), ADPlistTypeBoolean, PlistValue(true)},
+        {"LowercaseYesIsFalse", text("yes"), ADPlistTypeBoolean, PlistValue(false)},
+        {"StringOneAndAHalf", text("1.5"), ADPlistTypeNumber, PlistValue(1.5)},
+        {"NegativeFractionIsCut", text("-1.5"), ADPlistTypeNumber, PlistValue(-1)},
+        {"TrailingTextIgnored", text("42 apples"), ADPlistTypeNumber, PlistValue(42)},
+        {"LettersAloneGiveZero", text("apples"), ADPlistTypeNumber, PlistValue(0)},
+        {"HexStringToData", text("00ff"), ADPlistTypeData,
+         PlistValue::data(QByteArray("\x00\xff", 2))},
+        {"BadHexGivesEmptyData", text("xyz"), ADPlistTypeData, PlistValue::data(QByteArray())},
+        {"BoolToString", PlistValue(false), ADPlistTypeString, text("NO")},
+        {"BoolToNumber", PlistValue(true), ADPlistTypeNumber, PlistValue(1)},
+        {"RealToString", PlistValue(2.5), ADPlistTypeString, text("2.500000")},
+        {"IntegerCutTo32Bits", PlistValue(qint64(1) << 32 | 7), ADPlistTypeString, text("7")},
+        {"NumberToBool", PlistValue(-3), ADPlistTypeBoolean, PlistValue(true)},
+        {"DataToString", PlistValue::data("\x01\xab"), ADPlistTypeString, text("01ab")},
+        {"DateToNumberHasNoRoute", PlistValue::date(100), ADPlistTypeNumber, PlistValue(0)},
+        {"NullToStringIsEmpty", PlistValue::null(), ADPlistTypeString, text("")},
+        {"SameTypeCopies", text("same"), ADPlistTypeString, text("same")},
+    };
+}
+
+class CoercionTable : public testing::TestWithParam<Coercion>
+{};
+
+TEST_P(CoercionTable, ConvertsOrFallsBackToTheDefault)
+{
+    const Coercion &row = GetParam();
+    const PlistValue result =
+        ADPlistCoercionHandler::sharedCoercionHandler().coercePlist(row.from, row.to);
+    EXPECT_TRUE(result.isIdenticalTo(row.expected)) << qPrintable(result.displayString());
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, CoercionTable, testing::ValuesIn(coercions()),
+                         [](const auto &row) { return std::string(row.param.name); });
+
+TEST(ADPlistCoercionHandler, ConvertsContainers)
+{
+    ADPlistCoercionHandler &handler = ADPlistCoercionHandler::sharedCoercionHandler();
+    PlistArray array = PlistArray::create();
+    array.append(text("a"));
+    array.append(text("b"));
+    const PlistDictionary d = handler.coercePlist(array, ADPlistTypeDictionary).toDictionary();
+    ASSERT_EQ(d.count(), 2);
+    EXPECT_EQ(d.keyAt(0), QStringLiteral("0"));
+    EXPECT_EQ(d.value(u"1").toString(), QStringLiteral("b"));
+
+    PlistDictionary source = PlistDictionary::create();
+    source.insert(QStringLiteral("b"), text("second"));
+    source.insert(QStringLiteral("a"), text("first"));
+    const PlistArray values = handler.coercePlist(source, ADPlistTypeArray).toArray();
+    ASSERT_EQ(values.count(), 2);
+    EXPECT_EQ(values.at(0).toString(), QStringLiteral("first"));
+
+    const PlistValue copy = handler.coercePlist(source, ADPlistTypeDictionary);
+    EXPECT_TRUE(copy.isIdenticalTo(source));
+    EXPECT_FALSE(copy.isSameObject(source));
+    EXPECT_TRUE(handler.coercePlist(PlistValue(), ADPlistTypeString).isNone());
+}
+
+TEST(ADPlistCoercionHandler, DatesGoThroughTheStandardFormatter)
+{
+    ADPlistCoercionHandler &handler = ADPlistCoercionHandler::sharedCoercionHandler();
+    const double when = 700000000;
+    const PlistValue shown = handler.coercePlist(PlistValue::date(when), ADPlistTypeString);
+    EXPECT_EQ(shown.toString(), ADDateFormatter::standardDateFormatter().stringFromDate(when));
+    EXPECT_TRUE(handler.coercePlist(shown, ADPlistTypeDate).isIdenticalTo(PlistValue::date(when)));
+    const PlistValue described =
+        handler.coercePlist(text("2001-01-02 00:00:00 +0100"), ADPlistTypeDate);
+    EXPECT_EQ(described.toDate(), 86400.0 - 3600.0);
+    const double before = double(QDateTime::currentSecsSinceEpoch() - 978307200 - 1);
+    EXPECT_GE(handler.coercePlist(text("no date at all"), ADPlistTypeDate).toDate(), before)
+        << "text that is no date gives the current date";
+}
+
+TEST(ADPlistCoercionHandler, TableCellsCanBeChanged)
+{
+    ADPlistCoercionHandler handler;
+    handler.setHandler([](const PlistValue &v) { return PlistValue(v.toDate()); }, ADPlistTypeDate,
+                       ADPlistTypeNumber);
+    EXPECT_TRUE(
+        handler.coercePlist(PlistValue::date(5), ADPlistTypeNumber).isIdenticalTo(PlistValue(5.0)));
+    handler.removeHandler(ADPlistTypeString, ADPlistTypeBoolean);
+    EXPECT_TRUE(
+        handler.coercePlist(text("YES"), ADPlistTypeBoolean).isIdenticalTo(PlistValue(false)));
+}
+
+} // namespace
