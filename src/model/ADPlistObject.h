@@ -20,6 +20,7 @@
 #include <vector>
 
 class ADDefinitionElement;
+class PlistEnumerator;
 class ADValueViewer;
 class KZError;
 
@@ -141,6 +142,8 @@ public:
     /// First index of the key, or KZNotFound.
     qint64 indexOfKey(const QString &key) const;
     ADPlistObject *childForKey(const QString &key) const;
+    /// Every descendant, depth first.
+    PlistEnumerator objectEnumerator();
 
     // --- names and paths
     /// A null string unless the parent is a dictionary node.
@@ -194,6 +197,21 @@ public:
     /// Dictionaries first, by their value under `subkey` (missing: last); then the others.
     void sortValuesBySubkey(const QString &subkey, KZComparison comparison);
     QSet<QString> unionOfChildrenSubkeys() const;
+
+    // --- format compatibility
+    /// The types a format holds at the root or below it; 0 for an unknown format.
+    static ADPlistMask plistTypeMaskForFormat(ADPlistFormat format, bool rootObject);
+    static bool isPlistType(ADPlistType type, ADPlistFormat format, bool rootObject);
+    /// Whether this node and every descendant fit the format, each tested with
+    /// the mask of this node's place: asked of a root for JSON, that is the
+    /// root's narrow mask for every node, which the conversion prompt relies on.
+    bool compatibleWithPlistFormat(ADPlistFormat format);
+    /// Turns what does not fit (each node at its own place) into strings, with
+    /// undo ("Convert"); false when even a string does not fit (a scalar root
+    /// for JSON), leaving earlier conversions in place.
+    bool makeCompatibleWithPlistFormat(ADPlistFormat format);
+    /// The first node, from this one down, that does not fit its own place; null when all fit.
+    ADPlistObject *firstIncompatibleObjectForFormat(ADPlistFormat format);
 
     // --- comparing nodes for sorting
     /// Types in code order; strings by the key sort default; containers keep
