@@ -2,6 +2,7 @@
 
 #include "shared/KZComparison.h"
 #include "shared/KZDataAdditions.h"
+#include "shared/KZReferenceDate.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 #include "viewers/formatters/ADDateFormatter.h"
@@ -15,13 +16,6 @@
 #include <numeric>
 
 namespace {
-
-constexpr double kReferenceDateEpochSeconds = 978307200.0;
-
-double now()
-{
-    return double(QDateTime::currentMSecsSinceEpoch()) / 1000.0 - kReferenceDateEpochSeconds;
-}
 
 bool validType(ADPlistType type)
 {
@@ -52,9 +46,10 @@ std::optional<int> scanInt(const QByteArray &text)
 
 ADPlistCoercionHandler::ADPlistCoercionHandler()
 {
-    _defaults = {PlistArray::create(),    PlistValue(false),         PlistValue::data(QByteArray()),
-                 PlistValue::date(now()), PlistDictionary::create(), PlistValue(0),
-                 PlistValue(QString()),   PlistValue::null()};
+    _defaults = {PlistArray::create(),           PlistValue(false),
+                 PlistValue::data(QByteArray()), PlistValue::date(KZReferenceDate::now()),
+                 PlistDictionary::create(),      PlistValue(0),
+                 PlistValue(QString()),          PlistValue::null()};
     for (size_t t = 0; t < kTypes; ++t)
         _handlers[t][t] = coerceSameType;
     auto set = [this](ADPlistType from, ADPlistType to, Handler handler) {
@@ -158,7 +153,7 @@ PlistValue ADPlistCoercionHandler::coerceStringToDate(const PlistValue &plist)
 {
     const std::optional<double> date =
         ADDateFormatter::standardDateFormatter().dateFromString(plist.toString());
-    return PlistValue::date(date ? *date : now());
+    return PlistValue::date(date ? *date : KZReferenceDate::now());
 }
 
 PlistValue ADPlistCoercionHandler::coerceStringToData(const PlistValue &plist)

@@ -1,4 +1,5 @@
 #include "ADPlistObject.h"
+#include "shared/KZReferenceDate.h"
 
 #include "ADKeySortPreferences.h"
 #include "ADPlistNotifications.h"
@@ -17,8 +18,6 @@
 #include <numeric>
 
 namespace {
-
-constexpr double kReferenceDateEpochSeconds = 978307200.0;
 
 // A keyed-archiver UID shows in the tree as the dictionary {"CF$UID": n}.
 PlistValue shownValue(const PlistValue &plist)
@@ -121,10 +120,8 @@ PlistValue ADPlistObject::defaultValueForPlistType(ADPlistType type)
         return PlistValue(true);
     case ADPlistTypeData:
         return PlistValue::data(QByteArray());
-    case ADPlistTypeDate: {
-        const double now = double(QDateTime::currentMSecsSinceEpoch()) / 1000.0;
-        return PlistValue::date(std::floor(now - kReferenceDateEpochSeconds));
-    }
+    case ADPlistTypeDate:
+        return PlistValue::date(std::floor(KZReferenceDate::now()));
     case ADPlistTypeDictionary:
         return PlistDictionary::create();
     case ADPlistTypeNumber:

@@ -1,5 +1,6 @@
 #include "PlistValue.h"
 
+#include "KZReferenceDate.h"
 #include "PlistArray.h"
 #include "PlistDictionary.h"
 #include "PlistNode.h"
@@ -7,6 +8,7 @@
 #include <QDateTime>
 #include <QTimeZone>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -145,9 +147,12 @@ bool leavesEqual(const PlistValue &a, const PlistValue &b)
     switch (a.kind()) {
     case PlistValue::Kind::Boolean:
         return a.toBool() == b.toBool();
-    case PlistValue::Kind::Number:
-        return compareNumbers(a, b) == 0 && !(a.isReal() && std::isnan(a.toReal())) &&
-               !(b.isReal() && std::isnan(b.toReal()));
+    case PlistValue::Kind::Number: {
+        // NaN equals NaN here, so that a value always equals itself.
+        const bool nanA = a.isReal() && std::isnan(a.toReal());
+        const bool nanB = b.isReal() && std::isnan(b.toReal());
+        return nanA || nanB ? nanA && nanB : compareNumbers(a, b) == 0;
+    }
     case PlistValue::Kind::Date:
         return a.toDate() == b.toDate();
     case PlistValue::Kind::String:
@@ -168,10 +173,8 @@ bool leavesEqual(const PlistValue &a, const PlistValue &b)
 
 bool leavesIdentical(const PlistValue &a, const PlistValue &b)
 {
-    if (!leavesEqual(a, b)) {
-        // NaN is the one value unequal to itself yet identical.
-        return a.isReal() && b.isReal() && doubleBits(a.toReal()) == doubleBits(b.toReal());
-    }
+    if (!leavesEqual(a, b))
+        return false;
     if (a.isNumber())
         return numberClass(a) == numberClass(b) &&
                (!a.isReal() || doubleBits(a.toReal()) == doubleBits(b.toReal()));
@@ -232,10 +235,8 @@ QString realText(double d)
 
 QString dateDescription(double seconds)
 {
-    constexpr qint64 kReferenceToEpochSeconds = 978307200;
-    const double ms = std::floor((seconds + double(kReferenceToEpochSeconds)) * 1000.0);
-    const QDateTime when = QDateTime::fromMSecsSinceEpoch(qint64(ms), QTimeZone::utc());
-    return when.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QStringLiteral(" +0000");
+    return KZReferenceDate::toDateTime(seconds).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
+           QStringLiteral(" +0000");
 }
 
 } // namespace

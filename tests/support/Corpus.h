@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -15,7 +17,7 @@ struct CorpusFile
 {
     QString file;   // relative to the corpus folder
     QString format; // xml, binary, ascii, strings, json or unknown
-    QString expect; // valid, invalid or unknown
+    QString expect; // valid, invalid or unknown: the manifest's word, or ours where we differ
 
     QString path() const { return QStringLiteral(ARBORDECK_CORPUS_DIR "/") + file; }
     QByteArray bytes() const
@@ -33,6 +35,25 @@ struct CorpusFile
     }
 };
 
+inline void PrintTo(const CorpusFile &row, std::ostream *out)
+{
+    *out << row.file.toStdString();
+}
+
+/// Rows where the manifest's sources disagree and this program follows the
+/// platform's own reader; each with the verdict it gets here.
+inline const std::map<QString, QString> &corpusDeviations()
+{
+    static const std::map<QString, QString> deviations{
+        // Zero-length data is no property list (a file of white space is an empty strings file).
+        {QStringLiteral("go-plist/golden/Empty_Text_Document.openstep.plist"),
+         QStringLiteral("invalid")},
+        // An unknown escape ("\d") stands for its character, as a valid row's "\w" needs.
+        {QStringLiteral("dd-plist/github-issue88.plist"), QStringLiteral("valid")},
+    };
+    return deviations;
+}
+
 inline std::vector<CorpusFile> corpusFiles()
 {
     QFile manifest(QStringLiteral(ARBORDECK_CORPUS_DIR "/MANIFEST.tsv"));
@@ -42,8 +63,11 @@ inline std::vector<CorpusFile> corpusFiles()
     manifest.readLine(); // header
     while (!manifest.atEnd()) {
         const QStringList cells = QString::fromUtf8(manifest.readLine()).split(u'\t');
-        if (cells.size() >= 6)
-            rows.push_back({cells[0], cells[4], cells[5]});
+        if (cells.size() < 6)
+            continue;
+        const auto deviation = corpusDeviations().find(cells[0]);
+        rows.push_back({cells[0], cells[4],
+                        deviation == corpusDeviations().end() ? cells[5] : deviation->second});
     }
     return rows;
 }

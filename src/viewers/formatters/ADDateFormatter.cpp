@@ -1,13 +1,13 @@
 #include "ADDateFormatter.h"
 
+#include "shared/KZReferenceDate.h"
+
 #include <QDateTime>
 #include <QRegularExpression>
 
 #include <cmath>
 
 namespace {
-
-constexpr qint64 kReferenceDateEpochSeconds = 978307200;
 
 // A medium style from the locale's long one: abbreviated month names, no
 // weekday, no time zone.
@@ -26,11 +26,6 @@ QString mediumTimeFormat(const QLocale &locale)
     return format.trimmed();
 }
 
-double referenceSeconds(const QDateTime &when)
-{
-    return double(when.toMSecsSinceEpoch()) / 1000.0 - double(kReferenceDateEpochSeconds);
-}
-
 // The description form of a date, "2001-01-01 00:00:00 +0000".
 std::optional<double> descriptionDate(const QString &text)
 {
@@ -46,7 +41,7 @@ std::optional<double> descriptionDate(const QString &text)
     when.setTimeZone(QTimeZone::utc());
     const int sign = match.captured(2) == u"-" ? -1 : 1;
     const int offset = sign * (match.captured(3).toInt() * 3600 + match.captured(4).toInt() * 60);
-    return referenceSeconds(when) - offset;
+    return KZReferenceDate::fromDateTime(when) - offset;
 }
 
 } // namespace
@@ -64,10 +59,8 @@ const ADDateFormatter &ADDateFormatter::standardDateFormatter()
 
 QString ADDateFormatter::stringFromDate(double secondsSinceReferenceDate) const
 {
-    const auto ms = qint64(
-        std::floor((secondsSinceReferenceDate + double(kReferenceDateEpochSeconds)) * 1000.0));
-    const QDateTime when = QDateTime::fromMSecsSinceEpoch(ms, _zone);
-    return _locale.toString(when, _dateFormat + QStringLiteral(", ") + _timeFormat);
+    return _locale.toString(KZReferenceDate::toDateTime(secondsSinceReferenceDate, _zone),
+                            _dateFormat + QStringLiteral(", ") + _timeFormat);
 }
 
 std::optional<double> ADDateFormatter::dateFromString(const QString &text) const
@@ -80,19 +73,19 @@ std::optional<double> ADDateFormatter::dateFromString(const QString &text) const
         QDateTime when = _locale.toDateTime(trimmed, form);
         if (when.isValid()) {
             when.setTimeZone(_zone);
-            return referenceSeconds(when);
+            return KZReferenceDate::fromDateTime(when);
         }
     }
     for (const QString &form : {_dateFormat, _locale.dateFormat(QLocale::ShortFormat)}) {
         const QDate day = _locale.toDate(trimmed, form);
         if (day.isValid())
-            return referenceSeconds(QDateTime(day, QTime(0, 0), _zone));
+            return KZReferenceDate::fromDateTime(QDateTime(day, QTime(0, 0), _zone));
     }
     if (const std::optional<double> described = descriptionDate(trimmed))
         return described;
     const QDateTime iso = QDateTime::fromString(trimmed, Qt::ISODate);
     if (iso.isValid())
-        return referenceSeconds(iso);
+        return KZReferenceDate::fromDateTime(iso);
     return std::nullopt;
 }
 

@@ -1,0 +1,23 @@
+// Feeds arbitrary bytes to the binary reader: refusing is fine, crashing is
+// not, and whatever it accepts must survive our own writer unchanged.
+
+#include "storage/BinaryReader.h"
+#include "storage/BinaryWriter.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const ReadResult first =
+        BinaryReader::read(QByteArrayView(reinterpret_cast<const char *>(data), qsizetype(size)));
+    if (!first)
+        return 0;
+    const WriteResult bytes = BinaryWriter::write(first.value);
+    if (!bytes)
+        std::abort();
+    const ReadResult again = BinaryReader::read(bytes.data);
+    if (!again || !again.value.isIdenticalTo(first.value))
+        std::abort();
+    return 0;
+}

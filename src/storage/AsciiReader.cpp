@@ -1,0 +1,724 @@
+#include "AsciiReader.h"
+
+#include "AsciiDate.h"
+#include "JsonEncoding.h"
+#include "JsonStringCache.h"
+#include "TextPosition.h"
+#include "shared/PlistArray.h"
+#include "shared/PlistDictionary.h"
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+enum CharClass : quint8
+{
+    kUnquoted = 1,
+    kBlank = 2,
+};
+
+constexpr std::array<quint8, 256> makeClasses()
+{
+    std::array<quint8, 256> classes{};
+    for (int c = 'a'; c <= 'z'; ++c)
+        classes[c] |= kUnquoted;
+    for (int c = 'A'; c <= 'Z'; ++c)
+        classes[c] |= kUnquoted;
+    for (int c = '0'; c <= '9'; ++c)
+        classes[c] |= kUnquoted;
+    // '*' goes beyond the classic set: other writers leave it unquoted.
+    for (const char c : std::string_view("_$/:.-*"))
+        classes[uchar(c)] |= kUnquoted;
+    for (const char c : std::string_view(" \t\n\r\v\f"))
+        classes[uchar(c)] |= kBlank;
+    return classes;
+}
+
+constexpr std::array<quint8, 256> kClasses = makeClasses();
+
+bool isUnquoted(char c)
+{
+    return kClasses[uchar(c)] & kUnquoted;
+}
+
+// Letters, digits and marks beyond ASCII stand unquoted too, as other
+// writers leave them; symbols and punctuation do not.
+bool isUnquotedAt(const char *p)
+{
+    if (uchar(*p) < 0x80)
+        return isUnquoted(*p);
+    const char32_t c = JsonEncoding::next(p);
+    return QChar::isLetterOrNumber(c) || QChar::isMark(c);
+}
+
+bool isBlank(char c)
+{
+    return kClasses[uchar(c)] & kBlank;
+}
+
+int hexValue(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
+int base64Value(char c)
+{
+    if (c >= 'A' && c <= 'Z')
+        return c - 'A';
+    if (c >= 'a' && c <= 'z')
+        return c - 'a' + 26;
+    if (c >= '0' && c <= '9')
+        return c - '0' + 52;
+    if (c == '+')
+        return 62;
+    if (c == '/')
+        return 63;
+    return -1;
+}
+
+std::optional<PlistValue> typedInteger(std::string_view text)
+{
+    const bool negative = !text.empty() && text.front() == '-';
+    if (!text.empty() && (negative || text.front() == '+'))
+        text.remove_prefix(1);
+    quint64 magnitude = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude);
+    if (text.empty() || error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    if (!negative)
+        return PlistValue(magnitude);
+    if (magnitude > quint64(1) << 63)
+        return std::nullopt;
+    return PlistValue(qint64(0 - magnitude));
+}
+
+std::optional<PlistValue> typedReal(std::string_view text)
+{
+    if (!text.empty() && text.front() == '+')
+        text.remove_prefix(1);
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (text.empty() || error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return PlistValue(value);
+}
+
+std::optional<PlistValue> typedBoolean(std::string_view text)
+{
+    if (text == "Y")
+        return PlistValue(true);
+    if (text == "N")
+        return PlistValue(false);
+    return std::nullopt;
+}
+
+std::optional<PlistValue> typedDate(std::string_view text)
+{
+    const std::optional<double> date =
+        AsciiDate::parse(QByteArrayView(text.data(), qsizetype(text.size())));
+    if (!date)
+        return std::nullopt;
+    return PlistValue::date(*date);
+}
+
+/// One pass over checked UTF-8 text; nesting on `_stack`. The elements of
+/// open containers wait on `_values` (keys and values alternating in
+/// dictionaries) until the container closes and is made at its final size.
+/// Invariant: _begin <= _p <= _end.
+class Parser
+{
+public:
+    explicit Parser(QByteArrayView text)
+        : _begin(text.data()), _p(_begin), _end(_begin + text.size())
+    {}
+
+    /// The document's value, or none with `errorOffset()` and `errorMessage()` set.
+    PlistValue parse();
+    qsizetype errorOffset() const { return _errorAt - _begin; }
+    const QString &errorMessage() const { return _error; }
+
+private:
+    // What a step left: an error, a finished value, or an open container
+    // waiting for its next element.
+    enum class Step
+    {
+        Failed,
+        Value,
+        Next,
+    };
+    enum class FrameKind : quint8
+    {
+        Array,
+        Dictionary,
+        StringsFile, // a dictionary without braces that ends with the text
+    };
+    struct Frame
+    {
+        FrameKind kind;
+        const char *opened;
+        size_t base; // where its elements start on `_values`
+    };
+
+    Step run(Step step, PlistValue &value);
+    Step startValue(PlistValue &out);
+    Step attach(PlistValue element, PlistValue &out);
+    Step nextInArray(PlistValue &out);
+    Step nextInDictionary(PlistValue &out);
+    Step close(PlistValue &out);
+    bool skipBlanks();
+    Step readKey(PlistValue &out);
+    Step readUnquoted(PlistValue &out);
+    Step readQuoted(PlistValue &out);
+    Step readEscaped(const char *start, const char *run, PlistValue &out);
+    bool readEscape(const char *start);
+    bool readHexEscape(const char *escape, int maxDigits);
+    Step readAngle(PlistValue &out);
+    Step readHexData(const char *start, PlistValue &out);
+    Step readBase64(const char *start, PlistValue &out);
+    Step readTyped(const char *start, PlistValue &out);
+
+    Step fail(const char *at, const QString &message);
+    QString describe(const char *p) const;
+    QString found() const { return describe(_p); }
+    QString unclosed(const Frame &frame) const;
+
+    const char *const _begin;
+    const char *_p;
+    const char *const _end;
+    std::vector<Frame> _stack;
+    std::vector<PlistValue> _values;
+    JsonStringCache _strings;
+    std::u16string _buffer; // the units of a string being decoded
+    const char *_errorAt = nullptr;
+    QString _error;
+};
+
+PlistValue Parser::parse()
+{
+    if (!skipBlanks())
+        return {};
+    if (_p == _end)
+        return PlistDictionary::create();
+    const char *start = _p;
+    PlistValue value;
+    Step step = startValue(value);
+    if (step == Step::Value && value.isString()) {
+        if (!skipBlanks())
+            return {};
+        if (_p == _end)
+            return value;
+        // One string and more text: a strings file.
+        _p = start;
+        _stack.push_back({FrameKind::StringsFile, start, 0});
+        step = Step::Next;
+    }
+    if (run(step, value) == Step::Failed || !skipBlanks())
+        return {};
+    if (_p != _end) {
+        fail(_p, QStringLiteral("expected the end of the text after the property list, found %1")
+                     .arg(found()));
+        return {};
+    }
+    return value;
+}
+
+Parser::Step Parser::run(Step step, PlistValue &value)
+{
+    for (;;) {
+        if (step == Step::Failed)
+            return step;
+        if (step == Step::Value) {
+            if (_stack.empty())
+                return step;
+            step = attach(std::move(value), value);
+        } else if (_stack.back().kind == FrameKind::Array) {
+            step = nextInArray(value);
+        } else {
+            step = nextInDictionary(value);
+        }
+    }
+}
+
+Parser::Step Parser::startValue(PlistValue &out)
+{
+    if (!skipBlanks())
+        return Step::Failed;
+    if (_p == _end)
+        return fail(_p, QStringLiteral("expected a value, found the end of the text"));
+    switch (*_p) {
+    case '{':
+        _stack.push_back({FrameKind::Dictionary, _p++, _values.size()});
+        return Step::Next;
+    case '(':
+        _stack.push_back({FrameKind::Array, _p++, _values.size()});
+        return Step::Next;
+    case '"':
+    case '\'':
+        return readQuoted(out);
+    case '<':
+        return readAngle(out);
+    default:
+        break;
+    }
+    if (isUnquotedAt(_p))
+        return readUnquoted(out);
+    return fail(_p, QStringLiteral("expected a value, found %1").arg(found()));
+}
+
+Parser::Step Parser::attach(PlistValue element, PlistValue &out)
+{
+    const Frame &frame = _stack.back();
+    _values.push_back(std::move(element));
+    if (!skipBlanks())
+        return Step::Failed;
+    if (frame.kind == FrameKind::Array) {
+        if (_p < _end && *_p == ',') {
+            ++_p;
+            return Step::Next;
+        }
+        if (_p < _end && *_p == ')') {
+            ++_p;
+            return close(out);
+        }
+        return fail(_p, QStringLiteral("expected ',' or ')' after an array element, found %1%2")
+                            .arg(found(), unclosed(frame)));
+    }
+    if (_p < _end && *_p == ';') {
+        ++_p;
+        return Step::Next;
+    }
+    const PlistValue &key = _values[_values.size() - 2];
+    return fail(_p, QStringLiteral("expected ';' after the value of \"%1\", found %2%3")
+                        .arg(key.toString(), found(), unclosed(frame)));
+}
+
+Parser::Step Parser::nextInArray(PlistValue &out)
+{
+    for (;;) {
+        if (!skipBlanks())
+            return Step::Failed;
+        if (_p == _end)
+            return fail(_p, QStringLiteral("expected a value or ')', found the end of the text%1")
+                                .arg(unclosed(_stack.back())));
+        if (*_p == ')') {
+            ++_p;
+            return close(out);
+        }
+        if (*_p != ',')
+            return startValue(out);
+        // Two commas in a row hold an empty string, as other readers have it.
+        _values.push_back(_strings.ascii(_p, 0));
+        ++_p;
+    }
+}
+
+Parser::Step Parser::nextInDictionary(PlistValue &out)
+{
+    for (;;) {
+        if (!skipBlanks())
+            return Step::Failed;
+        const Frame &frame = _stack.back();
+        const bool stringsFile = frame.kind == FrameKind::StringsFile;
+        if (_p == _end && stringsFile)
+            return close(out);
+        if (_p < _end && *_p == '}' && !stringsFile) {
+            ++_p;
+            return close(out);
+        }
+        PlistValue key;
+        if (readKey(key) == Step::Failed)
+            return Step::Failed;
+        if (!skipBlanks())
+            return Step::Failed;
+        if (_p < _end && *_p == ';') {
+            ++_p; // "key;" is short for "key = key;"
+            _values.push_back(key);
+            _values.push_back(std::move(key));
+            continue;
+        }
+        if (_p < _end && *_p == '=') {
+            ++_p;
+            _values.push_back(std::move(key));
+            return startValue(out);
+        }
+        return fail(_p, QStringLiteral("expected '=' or ';' after the key \"%1\", found %2%3")
+                            .arg(key.toString(), found(), unclosed(frame)));
+    }
+}
+
+Parser::Step Parser::close(PlistValue &out)
+{
+    const Frame frame = _stack.back();
+    _stack.pop_back();
+    const auto first = _values.begin() + qsizetype(frame.base);
+    const auto count = qsizetype(_values.size() - frame.base);
+    if (frame.kind == FrameKind::Array) {
+        PlistArray array = PlistArray::create(count);
+        for (auto element = first; element != _values.end(); ++element)
+            array.append(std::move(*element));
+        out = array;
+    } else {
+        PlistDictionary dictionary = PlistDictionary::create(count / 2);
+        for (auto entry = first; entry != _values.end(); entry += 2)
+            dictionary.insert(entry[0], std::move(entry[1]));
+        out = dictionary;
+    }
+    _values.erase(first, _values.end());
+    return Step::Value;
+}
+
+bool Parser::skipBlanks()
+{
+    for (;;) {
+        while (_p < _end && isBlank(*_p))
+            ++_p;
+        if (_end - _p < 2 || _p[0] != '/')
+            return true;
+        if (_p[1] == '/') {
+            while (_p < _end && *_p != '\n' && *_p != '\r')
+                ++_p;
+            continue;
+        }
+        if (_p[1] != '*')
+            return true;
+        const char *start = _p;
+        const char *star = _p + 2;
+        for (;;) {
+            star = static_cast<const char *>(std::memchr(star, '*', size_t(_end - star)));
+            if (!star || _end - star < 2) {
+                fail(start, QStringLiteral("the comment is not closed: expected '*/' before the "
+                                           "end of the text"));
+                return false;
+            }
+            if (star[1] == '/')
+                break;
+            ++star;
+        }
+        _p = star + 2;
+    }
+}
+
+Parser::Step Parser::readKey(PlistValue &out)
+{
+    if (_p < _end && (*_p == '"' || *_p == '\''))
+        return readQuoted(out);
+    if (_p < _end && isUnquotedAt(_p))
+        return readUnquoted(out);
+    const bool stringsFile = _stack.back().kind == FrameKind::StringsFile;
+    return fail(_p, QStringLiteral("expected a key%1, found %2%3")
+                        .arg(stringsFile ? QString() : QStringLiteral(" or '}'"), found(),
+                             unclosed(_stack.back())));
+}
+
+Parser::Step Parser::readUnquoted(PlistValue &out)
+{
+    const char *start = _p;
+    bool ascii = true;
+    for (;;) {
+        while (_p < _end && isUnquoted(*_p))
+            ++_p;
+        if (_p == _end || uchar(*_p) < 0x80 || !isUnquotedAt(_p))
+            break;
+        ascii = false;
+        JsonEncoding::next(_p);
+    }
+    if (ascii) {
+        out = _strings.ascii(start, _p - start);
+        return Step::Value;
+    }
+    _buffer.clear();
+    JsonEncoding::appendUtf16(_buffer, start, _p);
+    out = PlistValue::fromUtf16(_buffer.data(), qsizetype(_buffer.size()));
+    return Step::Value;
+}
+
+Parser::Step Parser::readQuoted(PlistValue &out)
+{
+    const char quote = *_p;
+    const char *start = _p++;
+    const char *run = _p;
+    uchar high = 0;
+    while (_p < _end && *_p != quote && *_p != '\\') {
+        high |= uchar(*_p);
+        ++_p;
+    }
+    if (_p < _end && *_p == quote && high < 0x80) {
+        out = _strings.ascii(run, _p - run);
+        ++_p;
+        return Step::Value;
+    }
+    return readEscaped(start, run, out);
+}
+
+// The rest of a quoted string from its first backslash, its end, or (when it
+// is not ASCII) its closing quote.
+Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue &out)
+{
+    const char quote = *start;
+    _buffer.clear();
+    for (;;) {
+        JsonEncoding::appendUtf16(_buffer, run, _p);
+        if (_p == _end)
+            return fail(start, QStringLiteral("the quoted string is not closed: expected %1 "
+                                              "before the end of the text")
+                                   .arg(quote));
+        if (*_p == quote) {
+            ++_p;
+            out = PlistValue::fromUtf16(_buffer.data(), qsizetype(_buffer.size()));
+            return Step::Value;
+        }
+        if (!readEscape(start))
+            return Step::Failed;
+        run = _p;
+        while (_p < _end && *_p != quote && *_p != '\\')
+            ++_p;
+    }
+}
+
+bool Parser::readEscape(const char *start)
+{
+    const char *escape = _p++;
+    if (_p == _end) {
+        fail(start, QStringLiteral("the quoted string is not closed: expected %1 before the end "
+                                   "of the text")
+                        .arg(*start));
+        return false;
+    }
+    const char c = *_p++;
+    static constexpr std::string_view kLetters = "abfnrtv";
+    static constexpr char16_t kUnits[] = u"\a\b\f\n\r\t\v";
+    if (const size_t at = kLetters.find(c); at != std::string_view::npos) {
+        _buffer.push_back(kUnits[at]);
+        return true;
+    }
+    if (c == 'x')
+        return readHexEscape(escape, 2);
+    if (c == 'u' || c == 'U')
+        return readHexEscape(escape, 4);
+    if (c >= '0' && c <= '7') {
+        char16_t value = char16_t(c - '0');
+        for (int i = 1; i < 3 && _p < _end && *_p >= '0' && *_p <= '7'; ++i)
+            value = char16_t(value * 8 + (*_p++ - '0'));
+        _buffer.push_back(value);
+        return true;
+    }
+    // Any other escaped character stands for itself.
+    const char *character = escape + 1;
+    _p = character;
+    JsonEncoding::next(_p);
+    JsonEncoding::appendUtf16(_buffer, character, _p);
+    return true;
+}
+
+bool Parser::readHexEscape(const char *escape, int maxDigits)
+{
+    char16_t value = 0;
+    int digits = 0;
+    for (; digits < maxDigits && _p < _end && hexValue(*_p) >= 0; ++digits)
+        value = char16_t(value * 16 + hexValue(*_p++));
+    if (digits == 0) {
+        fail(escape, QStringLiteral("expected a hexadecimal digit after '\\%1', found %2")
+                         .arg(QChar(escape[1]), found()));
+        return false;
+    }
+    _buffer.push_back(value);
+    return true;
+}
+
+Parser::Step Parser::readAngle(PlistValue &out)
+{
+    const char *start = _p++;
+    if (_p < _end && *_p == '*')
+        return readTyped(start, out);
+    if (_p < _end && *_p == '[')
+        return readBase64(start, out);
+    return readHexData(start, out);
+}
+
+Parser::Step Parser::readHexData(const char *start, PlistValue &out)
+{
+    const auto *close = static_cast<const char *>(std::memchr(_p, '>', size_t(_end - _p)));
+    QByteArray data(((close ? close : _end) - _p) / 2, Qt::Uninitialized);
+    char *next = data.data();
+    int pending = -1;
+    for (; _p < _end && *_p != '>'; ++_p) {
+        if (isBlank(*_p))
+            continue;
+        const int digit = hexValue(*_p);
+        if (digit < 0)
+            return fail(_p, QStringLiteral("expected a hexadecimal digit or '>' in data, found %1")
+                                .arg(found()));
+        if (pending < 0) {
+            pending = digit;
+        } else {
+            *next++ = char(pending << 4 | digit);
+            pending = -1;
+        }
+    }
+    if (_p == _end)
+        return fail(start, QStringLiteral("the data is not closed: expected '>' before the end "
+                                          "of the text"));
+    if (pending >= 0)
+        return fail(_p, QStringLiteral("the data ends in half a byte: expected an even number of "
+                                       "hexadecimal digits"));
+    ++_p;
+    data.truncate(next - data.data());
+    out = PlistValue::data(data);
+    return Step::Value;
+}
+
+Parser::Step Parser::readBase64(const char *start, PlistValue &out)
+{
+    _p = start + 2;
+    QByteArray data;
+    quint32 bits = 0;
+    int count = 0;
+    bool padded = false;
+    for (; _p < _end && *_p != ']'; ++_p) {
+        if (*_p == '=') {
+            padded = true;
+            continue;
+        }
+        const int value = base64Value(*_p);
+        if (value < 0)
+            continue; // GNUstep skips what is not base64
+        if (padded)
+            return fail(_p, QStringLiteral("base64 data goes on after its padding '='"));
+        bits = bits << 6 | quint32(value);
+        if (++count % 4 == 0) {
+            const char bytes[] = {char(bits >> 16), char(bits >> 8), char(bits)};
+            data.append(bytes, 3);
+        }
+    }
+    if (_p == _end)
+        return fail(start, QStringLiteral("the base64 data is not closed: expected ']>' before "
+                                          "the end of the text"));
+    if (_end - _p < 2 || _p[1] != '>')
+        return fail(_p + 1, QStringLiteral("expected '>' after ']' of base64 data, found %1")
+                                .arg(describe(_p + 1)));
+    if (count % 4 == 1)
+        return fail(start, QStringLiteral("the base64 data ends in a lone character"));
+    if (count % 4 == 2)
+        data.append(char(bits >> 4));
+    if (count % 4 == 3) {
+        const char bytes[] = {char(bits >> 10), char(bits >> 2)};
+        data.append(bytes, 2);
+    }
+    _p += 2;
+    out = PlistValue::data(data);
+    return Step::Value;
+}
+
+Parser::Step Parser::readTyped(const char *start, PlistValue &out)
+{
+    _p = start + 2;
+    if (_p == _end)
+        return fail(_p,
+                    QStringLiteral("expected I, R, B or D after '<*', found the end of the text"));
+    const char type = *_p;
+    if (type != 'I' && type != 'R' && type != 'B' && type != 'D')
+        return fail(_p, QStringLiteral("expected I, R, B or D after '<*', found %1").arg(found()));
+    ++_p;
+    if (_p < _end && *_p == '"')
+        ++_p; // GNUstep may quote the contents
+    const char *contents = _p;
+    while (_p < _end && *_p != '>' && *_p != '"')
+        ++_p;
+    const std::string_view text(contents, size_t(_p - contents));
+    if (_p < _end && *_p == '"')
+        ++_p;
+    if (_p == _end || *_p != '>')
+        return fail(_p,
+                    QStringLiteral("expected '>' to close the typed value, found %1").arg(found()));
+    ++_p;
+    std::optional<PlistValue> value;
+    QString expected;
+    switch (type) {
+    case 'I':
+        value = typedInteger(text);
+        expected = QStringLiteral("a 64-bit integer");
+        break;
+    case 'R':
+        value = typedReal(text);
+        expected = QStringLiteral("a real number");
+        break;
+    case 'B':
+        value = typedBoolean(text);
+        expected = QStringLiteral("Y or N");
+        break;
+    default:
+        value = typedDate(text);
+        expected = QStringLiteral("a date \"YYYY-MM-DD HH:MM:SS +HHMM\"");
+        break;
+    }
+    if (!value)
+        return fail(contents,
+                    QStringLiteral("expected %1 in '<*%2...>', found \"%3\"")
+                        .arg(expected, QChar(type),
+                             QString::fromUtf8(text.data(), qMin<qsizetype>(text.size(), 40))));
+    out = std::move(*value);
+    return Step::Value;
+}
+
+Parser::Step Parser::fail(const char *at, const QString &message)
+{
+    _errorAt = at;
+    _error = message;
+    return Step::Failed;
+}
+
+QString Parser::describe(const char *p) const
+{
+    if (p >= _end)
+        return QStringLiteral("the end of the text");
+    const auto c = uchar(*p);
+    if (c >= 0x20 && c < 0x7F)
+        return QStringLiteral("'%1'").arg(QChar(c));
+    if (c < 0x80 || (c & 0xC0) == 0x80)
+        return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
+    const char32_t code = JsonEncoding::next(p);
+    return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
+}
+
+// For messages at the end of the text: where the open container began.
+QString Parser::unclosed(const Frame &frame) const
+{
+    if (_p < _end || frame.kind == FrameKind::StringsFile)
+        return {};
+    const TextPosition opened =
+        TextPosition::at(QByteArrayView(_begin, _end), frame.opened - _begin);
+    return QStringLiteral(" (the %1 opened at line %2, column %3 is not closed)")
+        .arg(frame.kind == FrameKind::Array ? QStringLiteral("array")
+                                            : QStringLiteral("dictionary"))
+        .arg(opened.line)
+        .arg(opened.column);
+}
+
+} // namespace
+
+ReadResult AsciiReader::read(QByteArrayView bytes)
+{
+    // Zero bytes are no document at all, unlike white space, which is an empty strings file.
+    if (bytes.isEmpty())
+        return ReadResult::failure({QStringLiteral("the data is empty"), 0, 1, 1});
+    const JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
+    if (!input.error.isEmpty())
+        return ReadResult::failure(input.readError(input.errorAt, input.error));
+    Parser parser(input.text);
+    PlistValue value = parser.parse();
+    if (value.isNone())
+        return ReadResult::failure(input.readError(parser.errorOffset(), parser.errorMessage()));
+    return ReadResult::success(std::move(value), ADPlistFormatASCII);
+}

@@ -1,0 +1,684 @@
+#include "BinaryReader.h"
+
+#include "shared/PlistArray.h"
+#include "shared/PlistDictionary.h"
+
+#include <QStringDecoder>
+#include <QtEndian>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+namespace {
+
+constexpr quint64 kHeaderSize = 8;
+constexpr quint64 kTrailerSize = 32;
+// A container referenced from several places comes out once per reference.
+// A file whose containers are not shared makes at most one value per byte of
+// references; this leaves room for honest sharing and stops a chain of arrays
+// that each reference the next twice from exhausting memory.
+constexpr quint64 kValuesPerInputByte = 8;
+
+// What is known of each object while reading.
+constexpr quint8 kOnPath = 1; // a container being filled
+constexpr quint8 kSeen = 2;   // a leaf read before
+
+// Where the fields sit within the trailer.
+constexpr quint64 kTrailerOffsetSize = 6;
+constexpr quint64 kTrailerRefSize = 7;
+constexpr quint64 kTrailerObjectCount = 8;
+constexpr quint64 kTrailerTopObject = 16;
+constexpr quint64 kTrailerTableOffset = 24;
+
+quint64 readBigEndian(const uchar *p, quint64 width)
+{
+    switch (width) {
+    case 1:
+        return p[0];
+    case 2:
+        return qFromBigEndian<quint16>(p);
+    case 4:
+        return qFromBigEndian<quint32>(p);
+    case 8:
+        return qFromBigEndian<quint64>(p);
+    default:
+        break;
+    }
+    quint64 value = 0;
+    for (quint64 i = 0; i < width; ++i)
+        value = (value << 8) | p[i];
+    return value;
+}
+
+// The largest unsigned value `width` bytes (1 to 8) hold.
+quint64 largestOfWidth(quint64 width)
+{
+    return width >= 8 ? ~quint64(0) : (quint64(1) << (8 * width)) - 1;
+}
+
+QString hexByte(uchar byte)
+{
+    return QStringLiteral("0x%1").arg(uint(byte), 2, 16, QLatin1Char('0'));
+}
+
+// What an object marker announces, for messages.
+QString markerName(uchar marker)
+{
+    switch (marker >> 4) {
+    case 0x0:
+        if (marker == 0x00)
+            return QStringLiteral("the null object");
+        return marker == 0x08 || marker == 0x09 ? QStringLiteral("a boolean")
+                                                : QStringLiteral("marker ") + hexByte(marker);
+    case 0x1:
+        return QStringLiteral("an integer");
+    case 0x2:
+        return QStringLiteral("a real");
+    case 0x3:
+        return QStringLiteral("a date");
+    case 0x4:
+        return QStringLiteral("data");
+    case 0x8:
+        return QStringLiteral("a UID");
+    case 0xA:
+        return QStringLiteral("an array");
+    case 0xC:
+        return QStringLiteral("a set");
+    case 0xD:
+        return QStringLiteral("a dictionary");
+    default:
+        return QStringLiteral("marker ") + hexByte(marker);
+    }
+}
+
+bool isAscii(const uchar *p, quint64 n)
+{
+    quint64 any = 0;
+    quint64 i = 0;
+    for (; i + 8 <= n; i += 8) {
+        quint64 word;
+        std::memcpy(&word, p + i, 8);
+        any |= word;
+    }
+    for (; i < n; ++i)
+        any |= p[i];
+    return (any & 0x8080808080808080ull) == 0;
+}
+
+// A kept leaf is copied; one just read is moved.
+PlistValue take(const PlistValue *value, PlistValue &fresh)
+{
+    return value == &fresh ? std::move(fresh) : *value;
+}
+
+bool isHighSurrogate(char16_t unit)
+{
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+
+bool isLowSurrogate(char16_t unit)
+{
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
+// One read of one file: the trailer's facts, the leaves read so far and the
+// containers still being filled.
+// Invariant: every offset handed between the members lies below _tableOffset.
+class Parser
+{
+public:
+    explicit Parser(QByteArrayView bytes)
+        : _data(reinterpret_cast<const uchar *>(bytes.data())), _size(quint64(bytes.size()))
+    {}
+
+    ReadResult run();
+
+private:
+    struct Frame
+    {
+        PlistArray array;           // null when filling a dictionary
+        PlistDictionary dictionary; // null when filling an array
+        quint64 refs = 0;           // offset of the first reference
+        quint64 count = 0;
+        quint64 next = 0;
+        quint64 object = 0; // marked as on the path while open
+    };
+
+    bool fail(quint64 offset, const QString &message);
+    bool readTrailer();
+    bool checkTrailer(quint64 at);
+    bool step(Frame &frame);
+    bool readReference(quint64 at, quint64 &object);
+    bool objectOffset(quint64 object, quint64 &offset);
+    bool resolve(quint64 object, quint64 refAt, PlistValue &fresh, const PlistValue *&value);
+    bool readKey(quint64 refAt, PlistValue &fresh, const PlistValue *&key);
+    void remember(quint64 object, const PlistValue &leaf);
+    bool openContainer(quint64 object, quint64 offset, quint64 refAt, PlistValue &out);
+    bool readLength(quint64 offset, quint64 &start, quint64 &length);
+    bool readLeaf(quint64 offset, PlistValue &out);
+    bool readInteger(quint64 offset, PlistValue &out);
+    bool readReal(quint64 offset, PlistValue &out);
+    bool readDate(quint64 offset, PlistValue &out);
+    bool readData(quint64 offset, PlistValue &out);
+    bool readAscii(quint64 offset, PlistValue &out);
+    bool readUtf16(quint64 offset, PlistValue &out);
+    bool readUid(quint64 offset, PlistValue &out);
+    bool readSpecial(quint64 offset, PlistValue &out);
+    bool fits(quint64 start, quint64 need) const { return need <= _tableOffset - start; }
+    bool truncated(quint64 offset, const QString &what);
+
+    const uchar *_data;
+    quint64 _size;
+    quint64 _offsetSize = 0;
+    quint64 _refSize = 0;
+    quint64 _objectCount = 0;
+    quint64 _topObject = 0;
+    quint64 _tableOffset = 0; // also where the objects end
+    quint64 _valuesLeft = 0;
+    std::vector<quint8> _state;      // by object index: kOnPath, kSeen
+    std::vector<PlistValue> _leaves; // by object index, once some leaf is met twice
+    std::vector<Frame> _stack;
+    std::optional<Frame> _opened; // a container made by the last step, to push next
+    std::vector<char16_t> _units;
+    ReadError _error;
+};
+
+bool Parser::fail(quint64 offset, const QString &message)
+{
+    _error.message = message;
+    _error.offset = qint64(offset);
+    return false;
+}
+
+bool Parser::truncated(quint64 offset, const QString &what)
+{
+    return fail(offset, QStringLiteral("%1 runs past the end of the objects at byte %2")
+                            .arg(what)
+                            .arg(_tableOffset));
+}
+
+bool Parser::readTrailer()
+{
+    if (_size < 7 || std::memcmp(_data, "bplist0", 7) != 0)
+        return fail(0, QStringLiteral("expected the binary property list magic \"bplist0\""));
+    if (_size < kHeaderSize + kTrailerSize)
+        return fail(0, QStringLiteral("expected at least 40 bytes for the header and trailer, "
+                                      "found %1")
+                           .arg(_size));
+    const quint64 at = _size - kTrailerSize;
+    const uchar *trailer = _data + at;
+    _offsetSize = trailer[kTrailerOffsetSize];
+    _refSize = trailer[kTrailerRefSize];
+    _objectCount = readBigEndian(trailer + kTrailerObjectCount, 8);
+    _topObject = readBigEndian(trailer + kTrailerTopObject, 8);
+    _tableOffset = readBigEndian(trailer + kTrailerTableOffset, 8);
+    return checkTrailer(at);
+}
+
+// One rule a line; each relies on the ones above it.
+bool Parser::checkTrailer(quint64 at)
+{
+    if (_offsetSize < 1 || _offsetSize > 8)
+        return fail(
+            at + kTrailerOffsetSize,
+            QStringLiteral("expected an offset size of 1 to 8 bytes, found %1").arg(_offsetSize));
+    if (_refSize < 1 || _refSize > 8)
+        return fail(at + kTrailerRefSize,
+                    QStringLiteral("expected an object reference size of 1 to 8 bytes, found %1")
+                        .arg(_refSize));
+    if (_objectCount == 0)
+        return fail(at + kTrailerObjectCount,
+                    QStringLiteral("expected at least one object, found none"));
+    if (_topObject >= _objectCount)
+        return fail(at + kTrailerTopObject,
+                    QStringLiteral("top object %1 is out of range: the file has %2 objects")
+                        .arg(_topObject)
+                        .arg(_objectCount));
+    if (_tableOffset <= kHeaderSize)
+        return fail(at + kTrailerTableOffset,
+                    QStringLiteral("the offset table starts at byte %1, leaving no room for "
+                                   "objects after the header")
+                        .arg(_tableOffset));
+    if (_tableOffset >= at)
+        return fail(at + kTrailerTableOffset,
+                    QStringLiteral("the offset table starts at byte %1, not before the trailer "
+                                   "at byte %2")
+                        .arg(_tableOffset)
+                        .arg(at));
+    if (_objectCount > (at - _tableOffset) / _offsetSize) // a product could wrap
+        return fail(at + kTrailerObjectCount,
+                    QStringLiteral("an offset table of %1 entries, %2 bytes each, does not fit in "
+                                   "the %3 bytes between byte %4 and the trailer")
+                        .arg(_objectCount)
+                        .arg(_offsetSize)
+                        .arg(at - _tableOffset)
+                        .arg(_tableOffset));
+    if (_objectCount - 1 > largestOfWidth(_refSize))
+        return fail(at + kTrailerRefSize,
+                    QStringLiteral("%1-byte object references cannot reach all %2 objects")
+                        .arg(_refSize)
+                        .arg(_objectCount));
+    if (_tableOffset - 1 > largestOfWidth(_offsetSize))
+        return fail(at + kTrailerOffsetSize,
+                    QStringLiteral("%1-byte offsets cannot reach objects up to byte %2")
+                        .arg(_offsetSize)
+                        .arg(_tableOffset - 1));
+    return true;
+}
+
+ReadResult Parser::run()
+{
+    if (!readTrailer())
+        return ReadResult::failure(_error);
+    // The object count was checked against the offset table, which lies in the file.
+    _state.resize(_objectCount);
+    _valuesLeft = _size * kValuesPerInputByte;
+
+    PlistValue fresh;
+    const PlistValue *top = nullptr;
+    if (!resolve(_topObject, _size - kTrailerSize + kTrailerTopObject, fresh, top))
+        return ReadResult::failure(_error);
+    const PlistValue root = take(top, fresh);
+    while (true) {
+        if (_opened) {
+            _stack.push_back(std::move(*_opened));
+            _opened.reset();
+        }
+        if (_stack.empty())
+            break;
+        Frame &frame = _stack.back();
+        if (frame.next == frame.count) {
+            _state[frame.object] &= ~kOnPath;
+            _stack.pop_back();
+            continue;
+        }
+        if (!step(frame))
+            return ReadResult::failure(_error);
+    }
+    return ReadResult::success(root, ADPlistFormatBinary);
+}
+
+// Reads the next entry of the open container; a container met on the way is
+// left in _opened, as pushing it here would move `frame`.
+bool Parser::step(Frame &frame)
+{
+    const quint64 i = frame.next++;
+    PlistValue fresh;
+    const PlistValue *value = nullptr;
+    quint64 object = 0;
+    if (frame.array.isNull()) {
+        PlistValue freshKey;
+        const PlistValue *key = nullptr;
+        const quint64 valueAt = frame.refs + (frame.count + i) * _refSize;
+        if (!readKey(frame.refs + i * _refSize, freshKey, key) || !readReference(valueAt, object) ||
+            !resolve(object, valueAt, fresh, value))
+            return false;
+        frame.dictionary.insert(*key, take(value, fresh));
+        return true;
+    }
+    const quint64 at = frame.refs + i * _refSize;
+    if (!readReference(at, object) || !resolve(object, at, fresh, value))
+        return false;
+    frame.array.append(take(value, fresh));
+    return true;
+}
+
+// `at` lies within a reference list already checked to fit.
+bool Parser::readReference(quint64 at, quint64 &object)
+{
+    object = readBigEndian(_data + at, _refSize);
+    if (object >= _objectCount)
+        return fail(at, QStringLiteral("reference to object %1, but the file has %2 objects")
+                            .arg(object)
+                            .arg(_objectCount));
+    return true;
+}
+
+bool Parser::objectOffset(quint64 object, quint64 &offset)
+{
+    const quint64 entry = _tableOffset + object * _offsetSize; // the table fits, so no wrap
+    offset = readBigEndian(_data + entry, _offsetSize);
+    if (offset < kHeaderSize)
+        return fail(entry, QStringLiteral("object %1 starts at byte %2, inside the header")
+                               .arg(object)
+                               .arg(offset));
+    if (offset >= _tableOffset)
+        return fail(entry, QStringLiteral("object %1 starts at byte %2, past the objects, which "
+                                          "end at byte %3")
+                               .arg(object)
+                               .arg(offset)
+                               .arg(_tableOffset));
+    return true;
+}
+
+// Points `value` at a kept leaf, or at `fresh` holding the object just read.
+bool Parser::resolve(quint64 object, quint64 refAt, PlistValue &fresh, const PlistValue *&value)
+{
+    if (!_leaves.empty() && !_leaves[object].isNone()) {
+        value = &_leaves[object];
+        return true;
+    }
+    value = &fresh;
+    PlistValue &out = fresh;
+    quint64 offset = 0;
+    if (!objectOffset(object, offset))
+        return false;
+    const uchar kind = _data[offset] >> 4;
+    if (kind == 0xA || kind == 0xD)
+        return openContainer(object, offset, refAt, out);
+    if (!readLeaf(offset, out))
+        return false;
+    remember(object, out);
+    return true;
+}
+
+// Most leaves are met once; keeping every one would cost a copy each. A leaf
+// met a second time is kept for the third and later.
+void Parser::remember(quint64 object, const PlistValue &leaf)
+{
+    if (!(_state[object] & kSeen)) {
+        _state[object] |= kSeen;
+        return;
+    }
+    if (_leaves.empty())
+        _leaves.resize(_objectCount);
+    _leaves[object] = leaf;
+}
+
+// Keys are strings. Integer keys, which some writers emit, become their
+// decimal text; any other kind of key is refused.
+bool Parser::readKey(quint64 refAt, PlistValue &fresh, const PlistValue *&key)
+{
+    quint64 object = 0;
+    if (!readReference(refAt, object))
+        return false;
+    key = _leaves.empty() || _leaves[object].isNone() ? &fresh : &_leaves[object];
+    if (key == &fresh) {
+        quint64 offset = 0;
+        if (!objectOffset(object, offset))
+            return false;
+        const uchar marker = _data[offset];
+        const uchar kind = marker >> 4;
+        if (kind != 0x1 && kind != 0x5 && kind != 0x6)
+            return fail(refAt, QStringLiteral("expected a string as dictionary key, found %1 "
+                                              "(object %2)")
+                                   .arg(markerName(marker))
+                                   .arg(object));
+        if (!readLeaf(offset, fresh))
+            return false;
+        remember(object, fresh);
+    }
+    if (key->isString())
+        return true;
+    if (!key->isInteger())
+        return fail(refAt, QStringLiteral("expected a string as dictionary key, found object %1 "
+                                          "of another kind")
+                               .arg(object));
+    fresh = PlistValue(key->isUnsigned() ? QString::number(key->toUnsigned())
+                                         : QString::number(key->toInteger()));
+    key = &fresh;
+    return true;
+}
+
+bool Parser::openContainer(quint64 object, quint64 offset, quint64 refAt, PlistValue &out)
+{
+    if (_state[object] & kOnPath)
+        return fail(refAt,
+                    QStringLiteral("object %1 contains itself (a reference cycle)").arg(object));
+    quint64 start = 0;
+    quint64 count = 0;
+    if (!readLength(offset, start, count))
+        return false;
+    const bool isDictionary = _data[offset] >> 4 == 0xD;
+    const quint64 entryBytes = isDictionary ? 2 * _refSize : _refSize;
+    if (count > (_tableOffset - start) / entryBytes)
+        return fail(
+            offset,
+            QStringLiteral("%1 of %2 entries needs more than the %3 bytes left before "
+                           "the offset table")
+                .arg(isDictionary ? QStringLiteral("a dictionary") : QStringLiteral("an array"))
+                .arg(count)
+                .arg(_tableOffset - start));
+    const quint64 values = isDictionary ? 2 * count : count; // count fits in the file
+    if (values > _valuesLeft)
+        return fail(offset, QStringLiteral("the file expands to more than %1 values; a "
+                                           "container is referenced from too many places")
+                                .arg(_size * kValuesPerInputByte));
+    _valuesLeft -= values;
+
+    Frame frame;
+    frame.refs = start;
+    frame.count = count;
+    frame.object = object;
+    if (isDictionary) {
+        frame.dictionary = PlistDictionary::create(qsizetype(count));
+        out = PlistValue(frame.dictionary);
+    } else {
+        frame.array = PlistArray::create(qsizetype(count));
+        out = PlistValue(frame.array);
+    }
+    _state[object] |= kOnPath;
+    _opened = std::move(frame);
+    return true;
+}
+
+// The count in a marker's low half, or the integer after it when that half is 0xF.
+bool Parser::readLength(quint64 offset, quint64 &start, quint64 &length)
+{
+    const uchar low = _data[offset] & 0x0F;
+    start = offset + 1;
+    if (low != 0x0F) {
+        length = low;
+        return true;
+    }
+    if (!fits(start, 1))
+        return truncated(offset, QStringLiteral("a length"));
+    const uchar marker = _data[start];
+    if (marker >> 4 != 0x1 || (marker & 0x0F) > 3)
+        return fail(start, QStringLiteral("expected a length as an integer of 1, 2, 4 or 8 bytes, "
+                                          "found %1")
+                               .arg(hexByte(marker)));
+    const quint64 width = quint64(1) << (marker & 0x0F);
+    if (!fits(start + 1, width))
+        return truncated(start, QStringLiteral("a length of %1 bytes").arg(width));
+    length = readBigEndian(_data + start + 1, width);
+    start += 1 + width;
+    return true;
+}
+
+bool Parser::readLeaf(quint64 offset, PlistValue &out)
+{
+    const uchar marker = _data[offset];
+    switch (marker >> 4) {
+    case 0x0:
+        return readSpecial(offset, out);
+    case 0x1:
+        return readInteger(offset, out);
+    case 0x2:
+        return readReal(offset, out);
+    case 0x3:
+        return readDate(offset, out);
+    case 0x4:
+        return readData(offset, out);
+    case 0x5:
+        return readAscii(offset, out);
+    case 0x6:
+        return readUtf16(offset, out);
+    case 0x8:
+        return readUid(offset, out);
+    case 0xC:
+        return fail(offset, QStringLiteral("found a set (marker %1), which a property list "
+                                           "value cannot hold")
+                                .arg(hexByte(marker)));
+    default:
+        return fail(offset, QStringLiteral("unknown object marker %1").arg(hexByte(marker)));
+    }
+}
+
+bool Parser::readSpecial(quint64 offset, PlistValue &out)
+{
+    switch (_data[offset]) {
+    case 0x00:
+        out = PlistValue::null();
+        return true;
+    case 0x08:
+        out = PlistValue(false);
+        return true;
+    case 0x09:
+        out = PlistValue(true);
+        return true;
+    case 0x0F:
+        return fail(offset, QStringLiteral("found a fill byte (0x0f), which pads between "
+                                           "objects and is no object itself"));
+    default:
+        return fail(offset, QStringLiteral("unknown object marker %1").arg(hexByte(_data[offset])));
+    }
+}
+
+bool Parser::readInteger(quint64 offset, PlistValue &out)
+{
+    const uchar low = _data[offset] & 0x0F;
+    if (low > 4)
+        return fail(offset, QStringLiteral("expected an integer of 1, 2, 4, 8 or 16 bytes, "
+                                           "found one of 2^%1 bytes")
+                                .arg(low));
+    const quint64 width = quint64(1) << low;
+    if (!fits(offset + 1, width))
+        return truncated(offset, QStringLiteral("an integer of %1 bytes").arg(width));
+    const uchar *p = _data + offset + 1;
+    if (width == 16) // only the low half counts, as an unsigned value
+        out = PlistValue(readBigEndian(p + 8, 8));
+    else if (width == 8)
+        out = PlistValue(qint64(readBigEndian(p, 8)));
+    else
+        out = PlistValue(readBigEndian(p, width));
+    return true;
+}
+
+bool Parser::readReal(quint64 offset, PlistValue &out)
+{
+    const uchar low = _data[offset] & 0x0F;
+    if (low != 2 && low != 3)
+        return fail(offset, QStringLiteral("expected a real of 4 or 8 bytes, found marker %1")
+                                .arg(hexByte(_data[offset])));
+    const quint64 width = quint64(1) << low;
+    if (!fits(offset + 1, width))
+        return truncated(offset, QStringLiteral("a real of %1 bytes").arg(width));
+    const uchar *p = _data + offset + 1;
+    if (width == 4)
+        out = PlistValue(double(std::bit_cast<float>(quint32(readBigEndian(p, 4)))));
+    else
+        out = PlistValue(std::bit_cast<double>(readBigEndian(p, 8)));
+    return true;
+}
+
+bool Parser::readDate(quint64 offset, PlistValue &out)
+{
+    if (_data[offset] != 0x33)
+        return fail(offset, QStringLiteral("expected a date of 8 bytes (marker 0x33), found %1")
+                                .arg(hexByte(_data[offset])));
+    if (!fits(offset + 1, 8))
+        return truncated(offset, QStringLiteral("a date of 8 bytes"));
+    const double seconds = std::bit_cast<double>(readBigEndian(_data + offset + 1, 8));
+    if (std::isnan(seconds))
+        return fail(offset, QStringLiteral("expected a date, found a NaN"));
+    out = PlistValue::date(seconds);
+    return true;
+}
+
+bool Parser::readData(quint64 offset, PlistValue &out)
+{
+    quint64 start = 0;
+    quint64 length = 0;
+    if (!readLength(offset, start, length))
+        return false;
+    if (!fits(start, length))
+        return truncated(offset, QStringLiteral("data of %1 bytes").arg(length));
+    out = PlistValue::data(
+        QByteArray(reinterpret_cast<const char *>(_data + start), qsizetype(length)));
+    return true;
+}
+
+// Strings marked ASCII that hold UTF-8 are common in files from other tools.
+bool Parser::readAscii(quint64 offset, PlistValue &out)
+{
+    quint64 start = 0;
+    quint64 length = 0;
+    if (!readLength(offset, start, length))
+        return false;
+    if (!fits(start, length))
+        return truncated(offset, QStringLiteral("a string of %1 bytes").arg(length));
+    const char *p = reinterpret_cast<const char *>(_data + start);
+    if (isAscii(_data + start, length)) {
+        out = PlistValue::fromLatin1(p, qsizetype(length));
+        return true;
+    }
+    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless |
+                                                       QStringConverter::Flag::ConvertInitialBom);
+    const QString text = decoder.decode(QByteArrayView(p, qsizetype(length)));
+    if (decoder.hasError())
+        return fail(offset, QStringLiteral("expected ASCII or UTF-8 text in a string (%1 bytes), "
+                                           "found other bytes")
+                                .arg(length));
+    out = PlistValue(text);
+    return true;
+}
+
+bool Parser::readUtf16(quint64 offset, PlistValue &out)
+{
+    quint64 start = 0;
+    quint64 length = 0;
+    if (!readLength(offset, start, length))
+        return false;
+    if (length > (_tableOffset - start) / 2)
+        return truncated(offset, QStringLiteral("a UTF-16 string of %1 units").arg(length));
+    _units.resize(length);
+    const uchar *p = _data + start;
+    for (quint64 i = 0; i < length; ++i)
+        _units[i] = char16_t((p[2 * i] << 8) | p[2 * i + 1]);
+    for (quint64 i = 0; i < length; ++i) {
+        const char16_t unit = _units[i];
+        if (isHighSurrogate(unit) && i + 1 < length && isLowSurrogate(_units[i + 1])) {
+            ++i;
+            continue;
+        }
+        if (isHighSurrogate(unit) || isLowSurrogate(unit))
+            return fail(start + 2 * i, QStringLiteral("unpaired UTF-16 surrogate 0x%1")
+                                           .arg(uint(unit), 4, 16, QLatin1Char('0')));
+    }
+    out = PlistValue::fromUtf16(_units.data(), qsizetype(length));
+    return true;
+}
+
+// UIDs come in 1 to 16 bytes; beyond 8 the high bytes must be zero.
+bool Parser::readUid(quint64 offset, PlistValue &out)
+{
+    const quint64 width = quint64(_data[offset] & 0x0F) + 1;
+    if (!fits(offset + 1, width))
+        return truncated(offset, QStringLiteral("a UID of %1 bytes").arg(width));
+    const uchar *p = _data + offset + 1;
+    const quint64 high = width > 8 ? width - 8 : 0;
+    for (quint64 i = 0; i < high; ++i) {
+        if (p[i] != 0)
+            return fail(offset, QStringLiteral("expected a UID of at most 64 bits, found one of "
+                                               "%1 bytes")
+                                    .arg(width));
+    }
+    out = PlistValue::uid(readBigEndian(p + high, width - high));
+    return true;
+}
+
+} // namespace
+
+bool BinaryReader::recognizes(QByteArrayView bytes)
+{
+    return bytes.startsWith(QByteArrayView("bplist"));
+}
+
+ReadResult BinaryReader::read(QByteArrayView bytes)
+{
+    return Parser(bytes).run();
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "StorageResult.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+#include <string>
+
+/// Turns the bytes of a text file into checked UTF-8 for the text readers.
+///
+/// The encoding is found as JSON defines it: a byte-order mark (UTF-8,
+/// UTF-16 or UTF-32, either order), else the pattern of zero bytes at the
+/// start (an ASCII character first makes UTF-16 or UTF-32 show zeros beside
+/// it), else UTF-8. The old-style reader uses the same rule, since strings
+/// files are often UTF-16 and sometimes lack the mark.
+///
+/// UTF-8 input is checked in place (shortest forms only, no surrogates, no
+/// code point above U+10FFFF); UTF-16 and UTF-32 are transcoded. A NUL
+/// character is refused in every encoding: no text format here allows one
+/// outside an escape. Stateless; safe on any thread.
+class JsonEncoding
+{
+public:
+    /// The text without its byte-order mark, or where and why it is not text.
+    struct Utf8Text
+    {
+        QByteArray storage;      // holds the UTF-8 when the input was not UTF-8
+        QByteArrayView text;     // the whole text, or on error the part before `errorAt`
+        bool transcoded = false; // else `text` lies in the input, `skipped` bytes in
+        qsizetype skipped = 0;
+        qsizetype errorAt = -1;
+        QString error; // empty when the text is good
+
+        /// An error at a UTF-8 offset in `text`, with its line and column.
+        ReadError readError(qsizetype offset, const QString &message) const;
+    };
+
+    /// `bytes` must outlive the result when it is UTF-8, which is not copied.
+    static Utf8Text decode(QByteArrayView bytes);
+
+    /// The code point at `p` in text `decode` accepted; moves `p` past it.
+    static char32_t next(const char *&p);
+    /// Appends the accepted text from `from` to `to` as UTF-16 units.
+    static void appendUtf16(std::u16string &units, const char *from, const char *to);
+};

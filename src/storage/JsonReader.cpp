@@ -1,0 +1,483 @@
+#include "JsonReader.h"
+
+#include "JsonEncoding.h"
+#include "JsonStringCache.h"
+#include "TextPosition.h"
+#include "shared/PlistArray.h"
+#include "shared/PlistDictionary.h"
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+// Bytes that end the plain part of a string: the quote, a backslash and the
+// control characters, which must be escaped.
+constexpr std::array<bool, 256> makeStringStops()
+{
+    std::array<bool, 256> stops{};
+    for (int c = 0; c < 0x20; ++c)
+        stops[c] = true;
+    stops['"'] = true;
+    stops['\\'] = true;
+    return stops;
+}
+
+constexpr std::array<bool, 256> kStringStops = makeStringStops();
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+bool isWhite(char c)
+{
+    return c == ' ' || c == '\n' || c == '\r' || c == '\t';
+}
+
+int hexValue(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
+// The power of ten of the first significant digit of a well-formed JSON
+// number (saturating), to tell an overflow from an underflow.
+qint64 decimalExponent(const char *p, const char *end)
+{
+    if (*p == '-')
+        ++p;
+    qint64 position = 0;
+    bool significant = false;
+    for (; p < end && isDigit(*p); ++p) {
+        if (significant)
+            ++position;
+        else
+            significant = *p != '0';
+    }
+    if (p < end && *p == '.') {
+        if (!significant)
+            position = -1;
+        for (++p; p < end && isDigit(*p); ++p) {
+            if (significant)
+                continue;
+            if (*p != '0')
+                significant = true;
+            else
+                --position;
+        }
+    }
+    qint64 exponent = 0;
+    if (p < end && (*p == 'e' || *p == 'E')) {
+        ++p;
+        const bool negative = p < end && *p == '-';
+        if (p < end && (*p == '-' || *p == '+'))
+            ++p;
+        for (; p < end && isDigit(*p); ++p)
+            exponent = qMin<qint64>(exponent * 10 + (*p - '0'), qint64(1) << 40);
+        exponent = negative ? -exponent : exponent;
+    }
+    return position + exponent;
+}
+
+/// One pass over checked UTF-8 text; nesting on `_stack`. The elements of
+/// open containers wait on `_values` (keys and values alternating in objects)
+/// until the container closes and is made at its final size.
+/// Invariant: _begin <= _p <= _end.
+class Parser
+{
+public:
+    explicit Parser(QByteArrayView text)
+        : _begin(text.data()), _p(_begin), _end(_begin + text.size())
+    {}
+
+    /// The text's value, or none with `errorOffset()` and `errorMessage()` set.
+    PlistValue parse();
+    qsizetype errorOffset() const { return _errorAt - _begin; }
+    const QString &errorMessage() const { return _error; }
+
+private:
+    // What a step left: an error, a finished value, or an open container
+    // waiting for its next element.
+    enum class Step
+    {
+        Failed,
+        Value,
+        Next,
+    };
+    struct Frame
+    {
+        const char *opened;
+        size_t base; // where its elements start on `_values`
+        bool isObject;
+    };
+
+    Step run(Step step, PlistValue &value);
+    Step startValue(PlistValue &out);
+    Step open(bool isObject, PlistValue &out);
+    Step attach(PlistValue element, PlistValue &out);
+    Step nextMember(PlistValue &out);
+    Step close(PlistValue &out);
+    void skipWhite();
+    Step readLiteral(std::string_view word, PlistValue value, PlistValue &out);
+    Step readNumber(PlistValue &out);
+    Step readReal(const char *start, PlistValue &out);
+    Step readString(PlistValue &out);
+    Step readEscaped(const char *start, const char *run, PlistValue &out);
+    bool readEscape();
+
+    Step fail(const char *at, const QString &message);
+    QString describe(const char *p) const;
+    QString found() const { return describe(_p); }
+    QString unclosed() const;
+
+    const char *const _begin;
+    const char *_p;
+    const char *const _end;
+    std::vector<Frame> _stack;
+    std::vector<PlistValue> _values;
+    JsonStringCache _strings;
+    std::u16string _buffer; // the units of a string being decoded
+    const char *_errorAt = nullptr;
+    QString _error;
+};
+
+PlistValue Parser::parse()
+{
+    PlistValue value;
+    if (run(startValue(value), value) == Step::Failed)
+        return {};
+    skipWhite();
+    if (_p != _end) {
+        fail(_p,
+             QStringLiteral("expected the end of the text after the value, found %1").arg(found()));
+        return {};
+    }
+    return value;
+}
+
+Parser::Step Parser::run(Step step, PlistValue &value)
+{
+    for (;;) {
+        if (step == Step::Failed)
+            return step;
+        if (step == Step::Value) {
+            if (_stack.empty())
+                return step;
+            step = attach(std::move(value), value);
+        } else if (_stack.back().isObject) {
+            step = nextMember(value);
+        } else {
+            step = startValue(value);
+        }
+    }
+}
+
+Parser::Step Parser::startValue(PlistValue &out)
+{
+    skipWhite();
+    if (_p == _end)
+        return fail(
+            _p, QStringLiteral("expected a value, found the end of the text%1").arg(unclosed()));
+    switch (*_p) {
+    case '{':
+        return open(true, out);
+    case '[':
+        return open(false, out);
+    case '"':
+        return readString(out);
+    case 't':
+        return readLiteral("true", PlistValue(true), out);
+    case 'f':
+        return readLiteral("false", PlistValue(false), out);
+    case 'n':
+        return readLiteral("null", PlistValue::null(), out);
+    default:
+        break;
+    }
+    if (*_p == '-' || isDigit(*_p))
+        return readNumber(out);
+    return fail(_p, QStringLiteral("expected a value, found %1").arg(found()));
+}
+
+Parser::Step Parser::open(bool isObject, PlistValue &out)
+{
+    const char *opened = _p++;
+    skipWhite();
+    if (_p < _end && *_p == (isObject ? '}' : ']')) {
+        ++_p;
+        out = isObject ? PlistValue(PlistDictionary::create()) : PlistValue(PlistArray::create());
+        return Step::Value;
+    }
+    _stack.push_back({opened, _values.size(), isObject});
+    return Step::Next;
+}
+
+Parser::Step Parser::attach(PlistValue element, PlistValue &out)
+{
+    const Frame &frame = _stack.back();
+    _values.push_back(std::move(element));
+    skipWhite();
+    if (_p < _end && *_p == ',') {
+        ++_p;
+        return Step::Next;
+    }
+    const char closer = frame.isObject ? '}' : ']';
+    if (_p < _end && *_p == closer) {
+        ++_p;
+        return close(out);
+    }
+    return fail(_p, QStringLiteral("expected ',' or '%1' after %2, found %3%4")
+                        .arg(QChar(closer),
+                             frame.isObject ? QStringLiteral("an object member")
+                                            : QStringLiteral("an array element"),
+                             found(), unclosed()));
+}
+
+Parser::Step Parser::nextMember(PlistValue &out)
+{
+    skipWhite();
+    if (_p == _end || *_p != '"')
+        return fail(
+            _p, QStringLiteral("expected a string as key, found %1%2").arg(found(), unclosed()));
+    PlistValue key;
+    if (readString(key) == Step::Failed)
+        return Step::Failed;
+    skipWhite();
+    if (_p == _end || *_p != ':')
+        return fail(_p, QStringLiteral("expected ':' after the key \"%1\", found %2%3")
+                            .arg(key.toString(), found(), unclosed()));
+    ++_p;
+    _values.push_back(std::move(key));
+    return startValue(out);
+}
+
+Parser::Step Parser::close(PlistValue &out)
+{
+    const Frame frame = _stack.back();
+    _stack.pop_back();
+    const auto first = _values.begin() + qsizetype(frame.base);
+    const auto count = qsizetype(_values.size() - frame.base);
+    if (frame.isObject) {
+        PlistDictionary dictionary = PlistDictionary::create(count / 2);
+        for (auto member = first; member != _values.end(); member += 2)
+            dictionary.insert(member[0], std::move(member[1]));
+        out = dictionary;
+    } else {
+        PlistArray array = PlistArray::create(count);
+        for (auto element = first; element != _values.end(); ++element)
+            array.append(std::move(*element));
+        out = array;
+    }
+    _values.erase(first, _values.end());
+    return Step::Value;
+}
+
+void Parser::skipWhite()
+{
+    while (_p < _end && isWhite(*_p))
+        ++_p;
+}
+
+Parser::Step Parser::readLiteral(std::string_view word, PlistValue value, PlistValue &out)
+{
+    if (size_t(_end - _p) >= word.size() && std::memcmp(_p, word.data(), word.size()) == 0) {
+        _p += word.size();
+        out = std::move(value);
+        return Step::Value;
+    }
+    const char *last = _p;
+    while (last < _end && last - _p < 16 && ((*last >= 'a' && *last <= 'z') || isDigit(*last)))
+        ++last;
+    return fail(_p, QStringLiteral("expected %1, found '%2'")
+                        .arg(QLatin1StringView(word.data(), qsizetype(word.size())),
+                             QLatin1StringView(_p, last - _p)));
+}
+
+Parser::Step Parser::readNumber(PlistValue &out)
+{
+    const char *start = _p;
+    const bool negative = *_p == '-';
+    if (negative)
+        ++_p;
+    if (_p == _end || !isDigit(*_p))
+        return fail(_p, QStringLiteral("expected a digit after '-', found %1").arg(found()));
+    quint64 magnitude = 0;
+    bool tooLong = false;
+    if (*_p == '0') {
+        if (++_p < _end && isDigit(*_p))
+            return fail(start, QStringLiteral("a number must not start with 0 followed by digits"));
+    }
+    for (; _p < _end && isDigit(*_p); ++_p) {
+        const unsigned digit = unsigned(*_p - '0');
+        tooLong = tooLong || magnitude > (std::numeric_limits<quint64>::max() - digit) / 10;
+        magnitude = magnitude * 10 + digit;
+    }
+    bool real = false;
+    if (_p < _end && *_p == '.') {
+        if (++_p == _end || !isDigit(*_p))
+            return fail(_p, QStringLiteral("expected a digit after '.', found %1").arg(found()));
+        while (_p < _end && isDigit(*_p))
+            ++_p;
+        real = true;
+    }
+    if (_p < _end && (*_p == 'e' || *_p == 'E')) {
+        if (++_p < _end && (*_p == '+' || *_p == '-'))
+            ++_p;
+        if (_p == _end || !isDigit(*_p))
+            return fail(_p,
+                        QStringLiteral("expected a digit in the exponent, found %1").arg(found()));
+        while (_p < _end && isDigit(*_p))
+            ++_p;
+        real = true;
+    }
+    if (real || tooLong || (negative && magnitude > quint64(1) << 63))
+        return readReal(start, out);
+    out = negative ? PlistValue(qint64(0 - magnitude)) : PlistValue(magnitude);
+    return Step::Value;
+}
+
+Parser::Step Parser::readReal(const char *start, PlistValue &out)
+{
+    double value = 0;
+    const auto result = std::from_chars(start, _p, value);
+    if (result.ec == std::errc::result_out_of_range) {
+        if (decimalExponent(start, _p) >= 0)
+            return fail(start, QStringLiteral("the number is too large for a double"));
+        value = *start == '-' ? -0.0 : 0.0;
+    }
+    out = PlistValue(value);
+    return Step::Value;
+}
+
+Parser::Step Parser::readString(PlistValue &out)
+{
+    const char *start = _p++;
+    const char *run = _p;
+    uchar high = 0;
+    while (_p < _end && !kStringStops[uchar(*_p)]) {
+        high |= uchar(*_p);
+        ++_p;
+    }
+    if (_p < _end && *_p == '"' && high < 0x80) {
+        out = _strings.ascii(run, _p - run);
+        ++_p;
+        return Step::Value;
+    }
+    return readEscaped(start, run, out);
+}
+
+// The rest of a string from its first backslash, control character, end, or
+// (when it is not ASCII) its closing quote.
+Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue &out)
+{
+    _buffer.clear();
+    for (;;) {
+        JsonEncoding::appendUtf16(_buffer, run, _p);
+        if (_p == _end)
+            return fail(start, QStringLiteral("the string is not closed: expected '\"' before "
+                                              "the end of the text"));
+        if (*_p == '"') {
+            ++_p;
+            out = PlistValue::fromUtf16(_buffer.data(), qsizetype(_buffer.size()));
+            return Step::Value;
+        }
+        if (*_p != '\\')
+            return fail(_p, QStringLiteral("control character 0x%1 in a string: it must be escaped")
+                                .arg(uint(uchar(*_p)), 2, 16, QLatin1Char('0')));
+        if (!readEscape())
+            return Step::Failed;
+        run = _p;
+        while (_p < _end && !kStringStops[uchar(*_p)])
+            ++_p;
+    }
+}
+
+bool Parser::readEscape()
+{
+    const char *escape = _p++;
+    const char c = _p < _end ? *_p++ : '\0';
+    static constexpr std::string_view kLetters = "\"\\/bfnrt";
+    static constexpr char16_t kUnits[] = u"\"\\/\b\f\n\r\t";
+    if (const size_t at = kLetters.find(c); at != std::string_view::npos) {
+        _buffer.push_back(kUnits[at]);
+        return true;
+    }
+    if (c != 'u') {
+        fail(escape, QStringLiteral("invalid escape: expected one of \\\" \\\\ \\/ \\b \\f \\n "
+                                    "\\r \\t \\u after the backslash, found %1")
+                         .arg(describe(escape + 1)));
+        return false;
+    }
+    char16_t unit = 0;
+    for (int i = 0; i < 4; ++i, ++_p) {
+        const int digit = _p < _end ? hexValue(*_p) : -1;
+        if (digit < 0) {
+            fail(_p, QStringLiteral("expected four hexadecimal digits after '\\u', found %1")
+                         .arg(found()));
+            return false;
+        }
+        unit = char16_t(unit * 16 + digit);
+    }
+    // Surrogates, paired or not, go in as units: a pair makes its character.
+    _buffer.push_back(unit);
+    return true;
+}
+
+Parser::Step Parser::fail(const char *at, const QString &message)
+{
+    _errorAt = at;
+    _error = message;
+    return Step::Failed;
+}
+
+QString Parser::describe(const char *p) const
+{
+    if (p >= _end)
+        return QStringLiteral("the end of the text");
+    const auto c = uchar(*p);
+    if (c >= 0x20 && c < 0x7F)
+        return QStringLiteral("'%1'").arg(QChar(c));
+    if (c < 0x80 || (c & 0xC0) == 0x80)
+        return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
+    const char32_t code = JsonEncoding::next(p);
+    return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
+}
+
+// For messages at the end of the text: where the innermost open container began.
+QString Parser::unclosed() const
+{
+    if (_p < _end || _stack.empty())
+        return {};
+    const Frame &frame = _stack.back();
+    const TextPosition opened =
+        TextPosition::at(QByteArrayView(_begin, _end), frame.opened - _begin);
+    return QStringLiteral(" (the %1 opened at line %2, column %3 is not closed)")
+        .arg(frame.isObject ? QStringLiteral("object") : QStringLiteral("array"))
+        .arg(opened.line)
+        .arg(opened.column);
+}
+
+} // namespace
+
+ReadResult JsonReader::read(QByteArrayView bytes)
+{
+    const JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
+    if (!input.error.isEmpty())
+        return ReadResult::failure(input.readError(input.errorAt, input.error));
+    Parser parser(input.text);
+    PlistValue value = parser.parse();
+    if (value.isNone())
+        return ReadResult::failure(input.readError(parser.errorOffset(), parser.errorMessage()));
+    return ReadResult::success(std::move(value), ADPlistFormatJSON);
+}

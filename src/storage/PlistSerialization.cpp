@@ -1,0 +1,43 @@
+#include "PlistSerialization.h"
+
+#include "AsciiReader.h"
+#include "AsciiWriter.h"
+#include "BinaryReader.h"
+#include "BinaryWriter.h"
+#include "JsonReader.h"
+#include "JsonWriter.h"
+#include "XmlReader.h"
+#include "XmlWriter.h"
+
+ReadResult PlistSerialization::read(QByteArrayView bytes)
+{
+    if (bytes.isEmpty())
+        return ReadResult::failure({QStringLiteral("the data is empty")});
+    if (BinaryReader::recognizes(bytes))
+        return BinaryReader::read(bytes);
+    if (XmlReader::recognizes(bytes))
+        return XmlReader::read(bytes);
+    return AsciiReader::read(bytes);
+}
+
+ReadResult PlistSerialization::readJson(QByteArrayView bytes)
+{
+    return JsonReader::read(bytes);
+}
+
+WriteResult PlistSerialization::write(const PlistValue &value, ADPlistFormat format,
+                                      bool humanReadable)
+{
+    switch (format) {
+    case ADPlistFormatXML:
+        return XmlWriter::write(value);
+    case ADPlistFormatBinary:
+        return BinaryWriter::write(value);
+    case ADPlistFormatASCII:
+        return AsciiWriter::write(value);
+    case ADPlistFormatJSON:
+        return JsonWriter::write(value, humanReadable);
+    default:
+        return WriteResult::failure(QStringLiteral("unknown property list format %1").arg(format));
+    }
+}

@@ -1,0 +1,201 @@
+#include "XmlBase64.h"
+
+#include <array>
+#include <bit>
+#include <cstring>
+
+namespace {
+
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr quint32 kNotDigit = 0x01000000; // above any 24 bits four digits make
+
+// The value of a digit shifted into its place in a group of four, so that a
+// group decodes with four lookups and three ORs; anything else has kNotDigit.
+using ShiftTable = std::array<quint32, 256>;
+
+constexpr ShiftTable shiftTable(int shift)
+{
+    ShiftTable table{};
+    for (quint32 &entry : table)
+        entry = kNotDigit;
+    for (quint32 i = 0; i < 64; ++i)
+        table[static_cast<unsigned char>(kAlphabet[i])] = i << shift;
+    return table;
+}
+
+constexpr ShiftTable kDigit0 = shiftTable(18);
+constexpr ShiftTable kDigit1 = shiftTable(12);
+constexpr ShiftTable kDigit2 = shiftTable(6);
+constexpr ShiftTable kDigit3 = shiftTable(0);
+
+// Two digits for every 12 bits, so that three bytes encode with two lookups.
+using PairTable = std::array<quint16, 4096>;
+
+constexpr PairTable pairTable()
+{
+    PairTable table{};
+    for (quint32 i = 0; i < 4096; ++i) {
+        const auto first = quint16(static_cast<unsigned char>(kAlphabet[i >> 6]));
+        const auto second = quint16(static_cast<unsigned char>(kAlphabet[i & 63]));
+        table[i] = std::endian::native == std::endian::little ? quint16(first | second << 8)
+                                                              : quint16(first << 8 | second);
+    }
+    return table;
+}
+
+constexpr PairTable kPairs = pairTable();
+
+char *encodeGroup(const unsigned char *in, char *out)
+{
+    const quint32 v = (quint32(in[0]) << 16) | (quint32(in[1]) << 8) | in[2];
+    std::memcpy(out, &kPairs[v >> 12], 2);
+    std::memcpy(out + 2, &kPairs[v & 0xFFF], 2);
+    return out + 4;
+}
+
+// Six bytes from one eight-byte load (the caller leaves eight to read).
+char *encodeTwoGroups(const unsigned char *in, char *out)
+{
+    quint64 word;
+    std::memcpy(&word, in, 8);
+    if constexpr (std::endian::native == std::endian::little)
+        word = __builtin_bswap64(word);
+    const auto first = quint32(word >> 40);
+    const auto second = quint32(word >> 16) & 0xFFFFFF;
+    const quint16 digits[4] = {kPairs[first >> 12], kPairs[first & 0xFFF], kPairs[second >> 12],
+                               kPairs[second & 0xFFF]};
+    std::memcpy(out, digits, 8);
+    return out + 8;
+}
+
+bool isSpace(char c)
+{
+    return c == ' ' || c == '\n' || c == '\t' || c == '\r';
+}
+
+// Collects digits one at a time where white space or padding breaks the
+// groups of four; emits bytes as groups complete.
+class Tail
+{
+public:
+    void add(quint32 digit)
+    {
+        _bits = (_bits << 6) | digit;
+        ++_count;
+    }
+    int count() const { return _count; }
+    char *flush(char *out)
+    {
+        if (_count == 4) {
+            *out++ = char(_bits >> 16);
+            *out++ = char(_bits >> 8);
+            *out++ = char(_bits);
+        } else if (_count == 3) {
+            *out++ = char(_bits >> 10);
+            *out++ = char(_bits >> 2);
+        } else if (_count == 2) {
+            *out++ = char(_bits >> 4);
+        }
+        _bits = 0;
+        _count = 0;
+        return out;
+    }
+
+private:
+    quint32 _bits = 0;
+    int _count = 0;
+};
+
+} // namespace
+
+bool XmlBase64::decode(QByteArrayView text, QByteArray &out, qsizetype &errorAt)
+{
+    const auto *in = reinterpret_cast<const unsigned char *>(text.data());
+    const qsizetype size = text.size();
+    out.resize(size / 4 * 3 + 3);
+    char *const begin = out.data();
+    char *o = begin;
+    Tail tail;
+    qsizetype i = 0;
+    qsizetype padding = 0;
+    while (i < size) {
+        if (tail.count() == 0 && padding == 0) {
+            // Whole groups between line breaks: the common case.
+            while (size - i >= 4) {
+                const quint32 v =
+                    kDigit0[in[i]] | kDigit1[in[i + 1]] | kDigit2[in[i + 2]] | kDigit3[in[i + 3]];
+                if (v & kNotDigit)
+                    break;
+                o[0] = char(v >> 16);
+                o[1] = char(v >> 8);
+                o[2] = char(v);
+                o += 3;
+                i += 4;
+            }
+            if (i == size)
+                break;
+        }
+        const char c = char(in[i]);
+        if (isSpace(c)) {
+            ++i;
+            continue;
+        }
+        if (c == '=' && (tail.count() >= 2 || padding > 0) && tail.count() + padding < 4) {
+            ++padding;
+            ++i;
+            continue;
+        }
+        const quint32 digit = kDigit3[in[i]];
+        if ((digit & kNotDigit) || padding > 0) {
+            errorAt = i;
+            return false;
+        }
+        tail.add(digit);
+        ++i;
+        if (tail.count() == 4)
+            o = tail.flush(o);
+    }
+    if (tail.count() == 1) {
+        errorAt = size;
+        return false;
+    }
+    o = tail.flush(o);
+    out.resize(o - begin);
+    return true;
+}
+
+qsizetype XmlBase64::encodedSize(qsizetype size, int lineLength, int indent)
+{
+    const qsizetype chars = (size + 2) / 3 * 4;
+    const qsizetype lines = (chars + lineLength - 1) / lineLength;
+    return chars + lines * (indent + 1);
+}
+
+char *XmlBase64::encodeLines(QByteArrayView bytes, int lineLength, int indent, char *out)
+{
+    const auto *in = reinterpret_cast<const unsigned char *>(bytes.data());
+    const qsizetype size = bytes.size();
+    const qsizetype groupsPerLine = lineLength / 4;
+    qsizetype i = 0;
+    while (i < size) {
+        std::memset(out, '\t', size_t(indent));
+        out += indent;
+        qsizetype g = 0;
+        for (; g + 2 <= groupsPerLine && size - i >= 8; g += 2, i += 6)
+            out = encodeTwoGroups(in + i, out);
+        for (; g < groupsPerLine && size - i >= 3; ++g, i += 3)
+            out = encodeGroup(in + i, out);
+        const qsizetype left = size - i;
+        if (g < groupsPerLine && left > 0 && left < 3) {
+            const quint32 v = (quint32(in[i]) << 16) | (left == 2 ? quint32(in[i + 1]) << 8 : 0);
+            out[0] = kAlphabet[v >> 18];
+            out[1] = kAlphabet[(v >> 12) & 63];
+            out[2] = left == 2 ? kAlphabet[(v >> 6) & 63] : '=';
+            out[3] = '=';
+            out += 4;
+            i = size;
+        }
+        *out++ = '\n';
+    }
+    return out;
+}

@@ -1,0 +1,1237 @@
+#include "XmlReader.h"
+
+#include "TextPosition.h"
+#include "XmlBase64.h"
+#include "XmlDate.h"
+#include "XmlEncoding.h"
+#include "shared/PlistArray.h"
+#include "shared/PlistDictionary.h"
+
+#include <QStringDecoder>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <locale.h>
+#include <string>
+#include <vector>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace {
+
+enum class Element : quint8
+{
+    Plist,
+    Dict,
+    Array,
+    Key,
+    String,
+    Integer,
+    Real,
+    True,
+    False,
+    Date,
+    Data,
+    Unknown,
+};
+
+constexpr QByteArrayView kElementNames[] = {"plist", "dict", "array", "key",  "string", "integer",
+                                            "real",  "true", "false", "date", "data"};
+
+QByteArrayView nameOf(Element element)
+{
+    return kElementNames[int(element)];
+}
+
+// Byte for byte: names are a few bytes long, so a loop beats a call to memcmp.
+bool sameName(QByteArrayView a, QByteArrayView b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (qsizetype i = 0; i < a.size(); ++i) {
+        if (a[i] != b[i])
+            return false;
+    }
+    return true;
+}
+
+// The only element a name of this length and these letters could be.
+Element candidateFor(QByteArrayView name)
+{
+    switch (name.size()) {
+    case 3:
+        return Element::Key;
+    case 4:
+        if (name[0] == 'r')
+            return Element::Real;
+        if (name[0] == 't')
+            return Element::True;
+        return name[3] == 't' ? Element::Dict : name[3] == 'e' ? Element::Date : Element::Data;
+    case 5:
+        return name[0] == 'p' ? Element::Plist : name[0] == 'a' ? Element::Array : Element::False;
+    case 6:
+        return Element::String;
+    case 7:
+        return Element::Integer;
+    default:
+        return Element::Unknown;
+    }
+}
+
+Element elementNamed(QByteArrayView name)
+{
+    const Element candidate = candidateFor(name);
+    return candidate != Element::Unknown && sameName(name, nameOf(candidate)) ? candidate
+                                                                              : Element::Unknown;
+}
+
+bool isSpace(char c)
+{
+    return c == ' ' || c == '\n' || c == '\t' || c == '\r';
+}
+
+// What ends an element name: white space, '>', '/' and '<'.
+constexpr std::array<bool, 256> kEndsName = [] {
+    std::array<bool, 256> table{};
+    for (const char c : {' ', '\n', '\t', '\r', '>', '/', '<'})
+        table[size_t(c)] = true;
+    return table;
+}();
+
+bool isNameStart(char c)
+{
+    const auto u = static_cast<unsigned char>(c);
+    return (u >= 'a' && u <= 'z') || (u >= 'A' && u <= 'Z') || u == '_' || u == ':' || u >= 0x80;
+}
+
+bool isNameChar(char c)
+{
+    return isNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+}
+
+QString tagText(QByteArrayView name, bool closing = false)
+{
+    return (closing ? QStringLiteral("</") : QStringLiteral("<")) + QString::fromUtf8(name) + u'>';
+}
+
+// The first '<' or '&' at or after `p` (or `end`); the bytes passed over are
+// ORed into `high`, whose top bit then tells whether any was not ASCII.
+const char *scanText(const char *p, const char *end, unsigned &high)
+{
+#ifdef __SSE2__
+    const __m128i less = _mm_set1_epi8('<');
+    const __m128i amp = _mm_set1_epi8('&');
+    while (end - p >= 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+        const int stops =
+            _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, less), _mm_cmpeq_epi8(v, amp)));
+        const int nonAscii = _mm_movemask_epi8(v);
+        if (stops != 0) {
+            const int n = __builtin_ctz(unsigned(stops));
+            high |= (unsigned(nonAscii) & ((1u << n) - 1)) != 0 ? 0x80u : 0u;
+            return p + n;
+        }
+        high |= nonAscii != 0 ? 0x80u : 0u;
+        p += 16;
+    }
+#endif
+    for (; p < end; ++p) {
+        if (*p == '<' || *p == '&')
+            return p;
+        high |= static_cast<unsigned char>(*p);
+    }
+    return end;
+}
+
+// Decodes well-formed UTF-8 (the reader checked it) into UTF-16 units.
+char16_t *utf8ToUtf16(const unsigned char *p, const unsigned char *end, char16_t *out)
+{
+    while (p < end) {
+        const unsigned b = *p;
+        if (b < 0x80) {
+            *out++ = char16_t(b);
+            ++p;
+        } else if (b < 0xE0) {
+            *out++ = char16_t(((b & 0x1F) << 6) | (p[1] & 0x3F));
+            p += 2;
+        } else if (b < 0xF0) {
+            *out++ = char16_t(((b & 0x0F) << 12) | ((p[1] & 0x3F) << 6) | (p[2] & 0x3F));
+            p += 3;
+        } else {
+            const unsigned c =
+                ((b & 0x07) << 18) | ((p[1] & 0x3F) << 12) | ((p[2] & 0x3F) << 6) | (p[3] & 0x3F);
+            *out++ = char16_t(0xD800 + ((c - 0x10000) >> 10));
+            *out++ = char16_t(0xDC00 + ((c - 0x10000) & 0x3FF));
+            p += 4;
+        }
+    }
+    return out;
+}
+
+void appendUtf8(std::string &out, char32_t c)
+{
+    if (c < 0x80) {
+        out += char(c);
+    } else if (c < 0x800) {
+        out += char(0xC0 | (c >> 6));
+        out += char(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        out += char(0xE0 | (c >> 12));
+        out += char(0x80 | ((c >> 6) & 0x3F));
+        out += char(0x80 | (c & 0x3F));
+    } else {
+        out += char(0xF0 | (c >> 18));
+        out += char(0x80 | ((c >> 12) & 0x3F));
+        out += char(0x80 | ((c >> 6) & 0x3F));
+        out += char(0x80 | (c & 0x3F));
+    }
+}
+
+enum class IntegerText
+{
+    Ok,
+    Malformed,
+    OutOfRange,
+};
+
+// Decimal or 0x hexadecimal, with a sign; white space may lead and follow the
+// sign, as the platform's reader allows.
+IntegerText parseInteger(QByteArrayView text, PlistValue &value)
+{
+    const char *p = text.data();
+    const char *const end = p + text.size();
+    while (p < end && isSpace(*p))
+        ++p;
+    const bool negative = p < end && *p == '-';
+    if (p < end && (*p == '-' || *p == '+'))
+        ++p;
+    while (p < end && isSpace(*p))
+        ++p;
+    const bool hex = end - p >= 2 && p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
+    if (hex)
+        p += 2;
+    if (p == end)
+        return IntegerText::Malformed;
+    quint64 magnitude = 0;
+    bool overflow = false;
+    for (; p < end; ++p) {
+        const char c = *p;
+        unsigned digit;
+        if (c >= '0' && c <= '9')
+            digit = unsigned(c - '0');
+        else if (hex && (c | 0x20) >= 'a' && (c | 0x20) <= 'f')
+            digit = unsigned((c | 0x20) - 'a' + 10);
+        else
+            return IntegerText::Malformed;
+        const unsigned base = hex ? 16 : 10;
+        if (magnitude > (std::numeric_limits<quint64>::max() - digit) / base)
+            overflow = true;
+        magnitude = magnitude * base + digit;
+    }
+    constexpr quint64 kMinMagnitude = quint64(1) << 63;
+    if (overflow || (negative && magnitude > kMinMagnitude))
+        return IntegerText::OutOfRange;
+    if (negative)
+        value = PlistValue(magnitude == kMinMagnitude ? std::numeric_limits<qint64>::min()
+                                                      : -qint64(magnitude));
+    else
+        value = PlistValue(magnitude);
+    return IntegerText::Ok;
+}
+
+// A decimal real, "inf", "infinity" or "nan" in any case, after optional white
+// space; nothing may follow. Every NaN reads as the one quiet NaN.
+bool parseReal(QByteArrayView text, double &value)
+{
+    const char *p = text.data();
+    const char *const end = p + text.size();
+    while (p < end && isSpace(*p))
+        ++p;
+    if (p < end && *p == '+') {
+        ++p;
+        if (p < end && (*p == '-' || *p == '+'))
+            return false;
+    }
+    const auto [stop, error] = std::from_chars(p, end, value);
+    if (stop != end || p == end)
+        return false;
+    if (error == std::errc::result_out_of_range) {
+        // Overflow or underflow: the C library's conversion saturates as wanted.
+        static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
+        const std::string copy(p, end);
+        value = strtod_l(copy.c_str(), nullptr, cLocale);
+    } else if (error != std::errc()) {
+        return false;
+    }
+    if (std::isnan(value))
+        value = std::numeric_limits<double>::quiet_NaN();
+    return true;
+}
+
+/// Short ASCII strings read lately, so that keys repeated from record to
+/// record (and common values) share one string instead of each allocating
+/// its own. A slot keeps its bytes as words, so a lookup touches no string.
+class StringCache
+{
+public:
+    static constexpr qsizetype kMaxLength = 24;
+
+    PlistValue get(const char *bytes, qsizetype size)
+    {
+        if (size > kMaxLength)
+            return PlistValue::fromLatin1(bytes, size);
+        const Words words = wordsOf(bytes, size);
+        Slot &slot = _slots[slotFor(words)];
+        if (slot.words == words)
+            return slot.value;
+        slot.value = PlistValue::fromLatin1(bytes, size);
+        slot.words = words;
+        return slot.value;
+    }
+
+private:
+    static constexpr int kSlotBits = 9;
+
+    // Up to 24 bytes as words that tell any two such strings apart.
+    struct Words
+    {
+        quint64 head = 0, middle = 0, tail = 0;
+        qsizetype size = -1;
+        bool operator==(const Words &) const = default;
+    };
+
+    struct Slot
+    {
+        Words words;
+        PlistValue value;
+    };
+
+    static quint64 load(const char *p)
+    {
+        quint64 word;
+        std::memcpy(&word, p, 8);
+        return word;
+    }
+
+    static Words wordsOf(const char *p, qsizetype size)
+    {
+        Words w;
+        w.size = size;
+        if (size < 8) {
+            for (qsizetype i = 0; i < size; ++i)
+                w.head |= quint64(static_cast<unsigned char>(p[i])) << (8 * i);
+            return w;
+        }
+        w.head = load(p);
+        w.tail = load(p + size - 8);
+        if (size > 16)
+            w.middle = load(p + 8);
+        return w;
+    }
+
+    static size_t slotFor(const Words &w)
+    {
+        const quint64 h = (w.head * 0x9E3779B97F4A7C15ull) ^ (w.tail * 0xC2B2AE3D27D4EB4Full) ^
+                          (w.middle * 0x165667B19E3779F9ull) ^ quint64(w.size);
+        return size_t((h * 0x9E3779B97F4A7C15ull) >> (64 - kSlotBits));
+    }
+
+    std::array<Slot, size_t(1) << kSlotBits> _slots;
+};
+
+/// A start tag as read: where it began, its name, and whether it was empty (`<x/>`).
+struct Tag
+{
+    const char *at = nullptr;
+    QByteArrayView name;
+    Element element = Element::Unknown;
+    bool empty = false;
+};
+
+/// The character content of a leaf element: a view into the document when it
+/// held no references or markup, else into the reader's scratch buffer.
+struct Text
+{
+    QByteArrayView bytes;
+    const char *at = nullptr; // where the content began
+    bool ascii = true;
+    bool raw = true; // `bytes` lies in the document, so offsets map back
+};
+
+/// An open container. Only the fields of its element are used.
+struct Frame
+{
+    Element element;
+    const char *openedAt;
+    PlistArray array;
+    PlistDictionary dict;
+    PlistValue key;  // Dict: the key waiting for its value
+    PlistValue held; // Plist: its one value
+};
+
+/// One pass over one UTF-8 document held by the caller: the prolog, the
+/// elements on an explicit stack of open containers, then the epilog. The
+/// first failure ends the pass and is kept with its position.
+class Parser
+{
+public:
+    explicit Parser(QByteArrayView text)
+        : _text(text), _p(text.data()), _end(text.data() + text.size())
+    {}
+
+    ReadResult run()
+    {
+        if (!prolog() || !body() || !epilog())
+            return ReadResult::failure(_error);
+        return ReadResult::success(std::move(_root), ADPlistFormatXML);
+    }
+
+private:
+    // --- errors -------------------------------------------------------------
+
+    bool fail(const char *at, const QString &message)
+    {
+        const qint64 offset = at - _text.data();
+        const TextPosition position = TextPosition::at(_text, offset);
+        _error = {message, offset, position.line, position.column};
+        return false;
+    }
+
+    qint64 lineOf(const char *at) const { return TextPosition::at(_text, at - _text.data()).line; }
+
+    bool startsWith(const char *p, QByteArrayView prefix) const
+    {
+        return _end - p >= prefix.size() && std::memcmp(p, prefix.data(), prefix.size()) == 0;
+    }
+
+    QByteArrayView nameAt(const char *p) const
+    {
+        const char *q = p;
+        while (q < _end && q - p < 40 && !isSpace(*q) && *q != '>' && *q != '/' && *q != '<')
+            ++q;
+        return QByteArrayView(p, q - p);
+    }
+
+    // What stands at `at`, for "found ..." in messages.
+    QString found(const char *at) const
+    {
+        if (at >= _end)
+            return QStringLiteral("the end of the input");
+        if (*at == '<' && _end - at >= 2) {
+            if (at[1] == '/')
+                return tagText(nameAt(at + 2), true);
+            if (startsWith(at, "<!--"))
+                return QStringLiteral("a comment");
+            if (startsWith(at, "<![CDATA["))
+                return QStringLiteral("a CDATA section");
+            if (at[1] == '!')
+                return QStringLiteral("<!") + QString::fromUtf8(nameAt(at + 2));
+            if (at[1] == '?')
+                return QStringLiteral("a processing instruction");
+            if (isNameStart(at[1]))
+                return tagText(nameAt(at + 1));
+        }
+        const auto first = static_cast<unsigned char>(*at);
+        if (first < 0x20 && !isSpace(*at))
+            return QStringLiteral("the control character 0x%1").arg(first, 2, 16, QLatin1Char('0'));
+        const char *q = at;
+        while (q < _end && q - at < 24 && static_cast<unsigned char>(*q) >= 0x20 && *q != '<')
+            ++q;
+        if (q == at)
+            ++q;
+        return u'"' + QString::fromUtf8(at, q - at) + u'"';
+    }
+
+    QString opened(const Frame &frame) const
+    {
+        return QStringLiteral("%1 opened on line %2")
+            .arg(tagText(nameOf(frame.element)))
+            .arg(lineOf(frame.openedAt));
+    }
+
+    bool failUnclosed(const Frame &frame)
+    {
+        return fail(
+            _end,
+            QStringLiteral("unexpected end of the input: %1 is not closed").arg(opened(frame)));
+    }
+
+    // --- markup around the values ---------------------------------------------
+
+    bool skipSpace()
+    {
+        const char *start = _p;
+        while (_p < _end && isSpace(*_p))
+            ++_p;
+        return _p != start;
+    }
+
+    bool skipPast(QByteArrayView terminator, const char *at, const QString &what)
+    {
+        const qsizetype from = _p - _text.data();
+        const qsizetype found = _text.indexOf(terminator, from);
+        if (found < 0)
+            return fail(at, QStringLiteral("unterminated %1: no \"%2\" follows")
+                                .arg(what, QString::fromLatin1(terminator)));
+        _p = _text.data() + found + terminator.size();
+        return true;
+    }
+
+    bool skipComment()
+    {
+        const char *at = _p;
+        _p += 4;
+        return skipPast("-->", at, QStringLiteral("comment"));
+    }
+
+    bool isXmlDeclaration(const char *p) const
+    {
+        return startsWith(p, "<?xml") && _end - p > 5 && (isSpace(p[5]) || p[5] == '?');
+    }
+
+    bool skipProcessingInstruction()
+    {
+        const char *at = _p;
+        _p += 2;
+        return skipPast("?>", at, QStringLiteral("processing instruction"));
+    }
+
+    bool skipQuoted(const char *what)
+    {
+        if (_p == _end || (*_p != '"' && *_p != '\''))
+            return fail(_p, QStringLiteral("expected a quoted %1, found %2")
+                                .arg(QLatin1StringView(what), found(_p)));
+        const char quote = *_p;
+        const char *at = _p;
+        const void *close = std::memchr(_p + 1, quote, size_t(_end - _p - 1));
+        if (!close)
+            return fail(
+                at,
+                QStringLiteral("unterminated %1: no closing quote").arg(QLatin1StringView(what)));
+        _p = static_cast<const char *>(close) + 1;
+        return true;
+    }
+
+    // The internal subset may hold comments, processing instructions and
+    // parameter-entity references; declarations are refused, as by the
+    // platform's reader (they could only define what a plist does not use).
+    bool skipInternalSubset()
+    {
+        ++_p;
+        for (;;) {
+            skipSpace();
+            if (_p == _end)
+                return fail(_p, QStringLiteral("unterminated DOCTYPE: expected ']', found the "
+                                               "end of the input"));
+            if (*_p == ']') {
+                ++_p;
+                return true;
+            }
+            if (startsWith(_p, "<!--")) {
+                if (!skipComment())
+                    return false;
+            } else if (startsWith(_p, "<?")) {
+                if (!skipProcessingInstruction())
+                    return false;
+            } else if (*_p == '%') {
+                const char *at = _p++;
+                while (_p < _end && isNameChar(*_p))
+                    ++_p;
+                if (_p == _end || *_p != ';' || _p == at + 1)
+                    return fail(at, QStringLiteral("malformed parameter-entity reference in "
+                                                   "the DOCTYPE"));
+                ++_p;
+            } else if (startsWith(_p, "<!")) {
+                return fail(_p, QStringLiteral("declarations in the DOCTYPE are not supported: "
+                                               "found %1")
+                                    .arg(found(_p)));
+            } else {
+                return fail(_p, QStringLiteral("expected ']' to end the DOCTYPE's internal subset, "
+                                               "found %1")
+                                    .arg(found(_p)));
+            }
+        }
+    }
+
+    bool skipDoctype()
+    {
+        _p += 9; // "<!DOCTYPE"
+        if (!skipSpace())
+            return fail(
+                _p,
+                QStringLiteral("expected white space after <!DOCTYPE, found %1").arg(found(_p)));
+        const char *name = _p;
+        while (_p < _end && isNameChar(*_p))
+            ++_p;
+        if (_p == name)
+            return fail(_p, QStringLiteral("expected the root element's name in the DOCTYPE, "
+                                           "found %1")
+                                .arg(found(_p)));
+        skipSpace();
+        if (startsWith(_p, "PUBLIC")) {
+            _p += 6;
+            skipSpace();
+            if (!skipQuoted("public identifier"))
+                return false;
+            skipSpace();
+            if (_p < _end && (*_p == '"' || *_p == '\'') && !skipQuoted("system identifier"))
+                return false;
+        } else if (startsWith(_p, "SYSTEM")) {
+            _p += 6;
+            skipSpace();
+            if (!skipQuoted("system identifier"))
+                return false;
+        }
+        skipSpace();
+        if (_p < _end && *_p == '[') {
+            if (!skipInternalSubset())
+                return false;
+            skipSpace();
+        }
+        if (_p == _end || *_p != '>')
+            return fail(_p,
+                        QStringLiteral("expected '>' to end the DOCTYPE, found %1").arg(found(_p)));
+        ++_p;
+        return true;
+    }
+
+    // Up to the root element's '<'.
+    bool prolog()
+    {
+        bool first = true;
+        bool sawDoctype = false;
+        for (;; first = false) {
+            skipSpace();
+            if (_p == _end) {
+                return fail(_p, _text.isEmpty() ? QStringLiteral("the input is empty")
+                                                : QStringLiteral("expected <plist> or a value "
+                                                                 "element, found the end of the "
+                                                                 "input"));
+            }
+            if (isXmlDeclaration(_p) && !first)
+                return fail(_p, QStringLiteral("the XML declaration must come first"));
+            if (startsWith(_p, "<?")) {
+                if (!skipProcessingInstruction())
+                    return false;
+            } else if (startsWith(_p, "<!--")) {
+                if (!skipComment())
+                    return false;
+            } else if (startsWith(_p, "<!DOCTYPE")) {
+                if (sawDoctype)
+                    return fail(_p, QStringLiteral("a second DOCTYPE"));
+                sawDoctype = true;
+                if (!skipDoctype())
+                    return false;
+            } else if (_end - _p >= 2 && *_p == '<' && isNameStart(_p[1])) {
+                return true;
+            } else {
+                return fail(
+                    _p,
+                    QStringLiteral("expected <plist> or a value element, found %1").arg(found(_p)));
+            }
+        }
+    }
+
+    bool epilog()
+    {
+        for (;;) {
+            skipSpace();
+            if (_p == _end)
+                return true;
+            if (startsWith(_p, "<!--")) {
+                if (!skipComment())
+                    return false;
+            } else if (startsWith(_p, "<?") && !isXmlDeclaration(_p)) {
+                if (!skipProcessingInstruction())
+                    return false;
+            } else {
+                return fail(_p, QStringLiteral("expected the end of the input after the "
+                                               "property list, found %1")
+                                    .arg(found(_p)));
+            }
+        }
+    }
+
+    // --- tags -------------------------------------------------------------------
+
+    // Attributes are checked for form and skipped: no plist element needs one.
+    bool skipAttributes(Tag &tag)
+    {
+        for (;;) {
+            const bool spaced = skipSpace();
+            if (_p == _end)
+                return fail(_p, QStringLiteral("unterminated tag %1").arg(tagText(tag.name)));
+            if (*_p == '>') {
+                ++_p;
+                return true;
+            }
+            if (*_p == '/' && _end - _p >= 2 && _p[1] == '>') {
+                _p += 2;
+                tag.empty = true;
+                return true;
+            }
+            if (!spaced || !isNameStart(*_p))
+                return fail(_p, QStringLiteral("expected an attribute, '>' or '/>' in %1, found "
+                                               "%2")
+                                    .arg(tagText(tag.name), found(_p)));
+            while (_p < _end && isNameChar(*_p))
+                ++_p;
+            skipSpace();
+            if (_p == _end || *_p != '=')
+                return fail(_p, QStringLiteral("expected '=' after an attribute name in %1, "
+                                               "found %2")
+                                    .arg(tagText(tag.name), found(_p)));
+            ++_p;
+            skipSpace();
+            const char *value = _p;
+            if (!skipQuoted("attribute value"))
+                return false;
+            if (std::memchr(value, '<', size_t(_p - value)))
+                return fail(
+                    value,
+                    QStringLiteral("'<' in an attribute value of %1").arg(tagText(tag.name)));
+        }
+    }
+
+    // At '<' before a name.
+    bool startTag(Tag &tag)
+    {
+        tag.at = _p;
+        const char *name = ++_p;
+        while (_p < _end && !kEndsName[static_cast<unsigned char>(*_p)])
+            ++_p;
+        tag.name = QByteArrayView(name, _p - name);
+        tag.element = elementNamed(tag.name);
+        if (tag.element == Element::Unknown)
+            return fail(tag.at, QStringLiteral("unknown element %1").arg(tagText(tag.name)));
+        if (_p < _end && *_p == '>') {
+            ++_p;
+            return true;
+        }
+        return skipAttributes(tag);
+    }
+
+    // At "</": reads the name and the closing '>'.
+    bool endTag(QByteArrayView &name)
+    {
+        const char *start = _p + 2;
+        _p = start;
+        while (_p < _end && !isSpace(*_p) && *_p != '>' && *_p != '<')
+            ++_p;
+        name = QByteArrayView(start, _p - start);
+        skipSpace();
+        if (_p == _end || *_p != '>')
+            return fail(_p, QStringLiteral("expected '>' to end %1, found %2")
+                                .arg(tagText(name, true), found(_p)));
+        ++_p;
+        return true;
+    }
+
+    // --- leaf content -------------------------------------------------------------
+
+    // At '&': appends the character a reference stands for.
+    bool reference(Text &text)
+    {
+        const char *at = _p;
+        const char *q = _p + 1;
+        while (q < _end && q - at < 64 && (isNameChar(*q) || *q == '#'))
+            ++q;
+        if (q == _end || *q != ';')
+            return fail(at, QStringLiteral("expected ';' after %1")
+                                .arg(u'"' + QString::fromUtf8(at, q - at) + u'"'));
+        const QByteArrayView name(at + 1, q - at - 1);
+        _p = q + 1;
+        static constexpr struct
+        {
+            QByteArrayView name;
+            char c;
+        } kEntities[] = {{"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"quot", '"'}, {"apos", '\''}};
+        for (const auto &entity : kEntities) {
+            if (name == entity.name) {
+                _scratch += entity.c;
+                return true;
+            }
+        }
+        if (!name.startsWith('#'))
+            return fail(at, QStringLiteral("unknown entity &%1;").arg(QString::fromUtf8(name)));
+        const bool hex = name.size() > 1 && name[1] == 'x';
+        const QByteArrayView digits = name.sliced(hex ? 2 : 1);
+        char32_t c = 0;
+        bool ok = !digits.isEmpty();
+        for (const char d : digits) {
+            const int lower = d | 0x20;
+            const int v = d >= '0' && d <= '9'                  ? d - '0'
+                          : hex && lower >= 'a' && lower <= 'f' ? lower - 'a' + 10
+                                                                : -1;
+            ok = ok && v >= 0;
+            c = ok ? c * (hex ? 16 : 10) + char32_t(v) : 0;
+            ok = ok && c <= 0x10FFFF;
+        }
+        if (!ok || c == 0 || (c >= 0xD800 && c <= 0xDFFF))
+            return fail(at, QStringLiteral("&%1; is not a character").arg(QString::fromUtf8(name)));
+        appendUtf8(_scratch, c);
+        text.ascii = text.ascii && c < 0x80;
+        return true;
+    }
+
+    // At `</` closing a leaf.
+    bool closeLeaf(const Tag &tag)
+    {
+        const char *at = _p;
+        QByteArrayView name;
+        if (!endTag(name))
+            return false;
+        if (!sameName(name, tag.name))
+            return fail(at, QStringLiteral("%1 closes %2 opened on line %3")
+                                .arg(tagText(name, true), tagText(tag.name))
+                                .arg(lineOf(tag.at)));
+        return true;
+    }
+
+    // Content with references, CDATA, comments or processing instructions,
+    // gathered in the scratch buffer from `_p` (where `stop` was found).
+    bool readMixedText(const Tag &tag, Text &text, const char *stop, unsigned high)
+    {
+        _scratch.assign(_p, stop);
+        _p = stop;
+        for (;;) {
+            if (_p == _end)
+                return fail(_p, QStringLiteral("unexpected end of the input: %1 opened on line "
+                                               "%2 is not closed")
+                                    .arg(tagText(tag.name))
+                                    .arg(lineOf(tag.at)));
+            if (*_p == '&') {
+                if (!reference(text))
+                    return false;
+            } else if (startsWith(_p, "</")) {
+                break;
+            } else if (startsWith(_p, "<![CDATA[")) {
+                const char *start = _p + 9;
+                _p = start;
+                if (!skipPast("]]>", start - 9, QStringLiteral("CDATA section")))
+                    return false;
+                for (const char *c = start; c < _p - 3; ++c)
+                    high |= static_cast<unsigned char>(*c);
+                _scratch.append(start, _p - 3);
+            } else if (startsWith(_p, "<!--")) {
+                if (!skipComment())
+                    return false;
+            } else if (startsWith(_p, "<?")) {
+                if (!skipProcessingInstruction())
+                    return false;
+            } else {
+                return fail(
+                    _p,
+                    QStringLiteral("%1 is not allowed in %2").arg(found(_p), tagText(tag.name)));
+            }
+            const char *run = _p;
+            _p = scanText(_p, _end, high);
+            _scratch.append(run, _p);
+        }
+        text.bytes = QByteArrayView(_scratch.data(), qsizetype(_scratch.size()));
+        text.ascii = text.ascii && (high & 0x80) == 0;
+        text.raw = false;
+        return closeLeaf(tag);
+    }
+
+    // After a leaf's start tag: its content and end tag.
+    bool readText(const Tag &tag, Text &text)
+    {
+        text = Text{QByteArrayView(_p, qsizetype(0)), _p, true, true};
+        if (tag.empty)
+            return true;
+        unsigned high = 0;
+        const char *stop = scanText(_p, _end, high);
+        if (_end - stop >= 2 && stop[0] == '<' && stop[1] == '/') {
+            text.bytes = QByteArrayView(_p, stop - _p);
+            text.ascii = (high & 0x80) == 0;
+            _p = stop;
+            // Most end tags are exactly "</name>".
+            const qsizetype size = tag.name.size();
+            if (_end - stop >= size + 3 && stop[size + 2] == '>' &&
+                sameName(QByteArrayView(stop + 2, size), tag.name)) {
+                _p = stop + size + 3;
+                return true;
+            }
+            return closeLeaf(tag);
+        }
+        return readMixedText(tag, text, stop, high);
+    }
+
+    bool makeString(const Text &text, PlistValue &value)
+    {
+        if (quint64(text.bytes.size()) > std::numeric_limits<quint32>::max())
+            return fail(text.at, QStringLiteral("a string longer than 4 GB"));
+        if (text.ascii) {
+            value = _strings.get(text.bytes.data(), text.bytes.size());
+            return true;
+        }
+        _wide.resize(size_t(text.bytes.size()));
+        const auto *p = reinterpret_cast<const unsigned char *>(text.bytes.data());
+        const char16_t *end = utf8ToUtf16(p, p + text.bytes.size(), _wide.data());
+        value = PlistValue::fromUtf16(_wide.data(), end - _wide.data());
+        return true;
+    }
+
+    QString quoted(const Text &text) const
+    {
+        const QByteArrayView shown = text.bytes.first(std::min<qsizetype>(text.bytes.size(), 40));
+        return u'"' + QString::fromUtf8(shown) + u'"';
+    }
+
+    bool makeLeaf(const Tag &tag, const Text &text, PlistValue &value)
+    {
+        switch (tag.element) {
+        case Element::String:
+            return makeString(text, value);
+        case Element::Integer:
+            switch (parseInteger(text.bytes, value)) {
+            case IntegerText::Ok:
+                return true;
+            case IntegerText::OutOfRange:
+                return fail(
+                    text.at,
+                    QStringLiteral("integer %1 is out of the 64-bit range").arg(quoted(text)));
+            case IntegerText::Malformed:
+                break;
+            }
+            return fail(
+                text.at,
+                QStringLiteral("expected an integer in <integer>, found %1").arg(quoted(text)));
+        case Element::Real: {
+            double d = 0;
+            if (!parseReal(text.bytes, d))
+                return fail(
+                    text.at,
+                    QStringLiteral("expected a number in <real>, found %1").arg(quoted(text)));
+            value = PlistValue(d);
+            return true;
+        }
+        case Element::True:
+        case Element::False:
+            for (const char c : text.bytes) {
+                if (!isSpace(c))
+                    return fail(
+                        text.at,
+                        QStringLiteral("%1 holds text: %2").arg(tagText(tag.name), quoted(text)));
+            }
+            value = PlistValue(tag.element == Element::True);
+            return true;
+        case Element::Date: {
+            const std::optional<double> seconds = XmlDate::parse(text.bytes);
+            if (!seconds)
+                return fail(text.at, QStringLiteral("expected a date like "
+                                                    "2001-01-01T00:00:00Z in <date>, found %1")
+                                         .arg(quoted(text)));
+            value = PlistValue::date(*seconds);
+            return true;
+        }
+        case Element::Data:
+            return makeData(text, value);
+        default:
+            break;
+        }
+        return false;
+    }
+
+    bool makeData(const Text &text, PlistValue &value)
+    {
+        QByteArray bytes;
+        qsizetype errorAt = 0;
+        if (XmlBase64::decode(text.bytes, bytes, errorAt)) {
+            value = PlistValue::data(bytes);
+            return true;
+        }
+        const char *at = text.raw ? text.at + errorAt : text.at;
+        if (errorAt == text.bytes.size())
+            return fail(at, QStringLiteral("Base64 in <data> ends in the middle of a byte"));
+        return fail(at,
+                    QStringLiteral("expected Base64 in <data>, found %1")
+                        .arg(u'"' + QString::fromUtf8(text.bytes.sliced(errorAt).first(1)) + u'"'));
+    }
+
+    // --- values and containers ------------------------------------------------------
+
+    void deliver(PlistValue value)
+    {
+        if (_stack.empty()) {
+            _root = std::move(value);
+            _done = true;
+            return;
+        }
+        Frame &top = _stack.back();
+        switch (top.element) {
+        case Element::Array:
+            top.array.append(std::move(value));
+            break;
+        case Element::Dict:
+            top.dict.insert(top.key, std::move(value));
+            top.key = PlistValue();
+            break;
+        default:
+            top.held = std::move(value);
+            break;
+        }
+    }
+
+    // Whether the start tag may stand where it is.
+    bool placeAllowed(const Tag &tag)
+    {
+        if (_stack.empty())
+            return tag.element != Element::Key ||
+                   fail(tag.at, QStringLiteral("<key> stands outside a <dict>"));
+        const Frame &top = _stack.back();
+        if (top.element == Element::Dict) {
+            if (top.key.isNone() == (tag.element == Element::Key))
+                return true;
+            if (top.key.isNone())
+                return fail(
+                    tag.at,
+                    QStringLiteral("expected <key> in <dict>, found %1").arg(tagText(tag.name)));
+            return fail(tag.at, QStringLiteral("key \"%1\" has no value: expected a value, found "
+                                               "<key>")
+                                    .arg(top.key.toString()));
+        }
+        if (tag.element == Element::Key)
+            return fail(tag.at, QStringLiteral("expected a value in %1, found <key>")
+                                    .arg(tagText(nameOf(top.element))));
+        if (tag.element == Element::Plist)
+            return fail(tag.at, QStringLiteral("<plist> may only be the root element"));
+        if (top.element == Element::Plist && !top.held.isNone())
+            return fail(tag.at, QStringLiteral("<plist> holds more than one value: found %1")
+                                    .arg(tagText(tag.name)));
+        return true;
+    }
+
+    bool open(const Tag &tag)
+    {
+        if (!placeAllowed(tag))
+            return false;
+        switch (tag.element) {
+        case Element::Plist:
+            if (tag.empty)
+                return fail(tag.at, QStringLiteral("<plist> holds no value"));
+            _stack.push_back({Element::Plist, tag.at, {}, {}, {}, {}});
+            return true;
+        case Element::Dict:
+            if (tag.empty)
+                deliver(PlistDictionary::create());
+            else
+                _stack.push_back(
+                    {Element::Dict, tag.at, {}, PlistDictionary::create(sizeHint()), {}, {}});
+            return true;
+        case Element::Array:
+            if (tag.empty)
+                deliver(PlistArray::create());
+            else
+                _stack.push_back(
+                    {Element::Array, tag.at, PlistArray::create(sizeHint()), {}, {}, {}});
+            return true;
+        case Element::Key: {
+            Text text;
+            return readText(tag, text) && makeString(text, _stack.back().key);
+        }
+        default: {
+            Text text;
+            PlistValue value;
+            if (!readText(tag, text) || !makeLeaf(tag, text, value))
+                return false;
+            deliver(std::move(value));
+            return true;
+        }
+        }
+    }
+
+    // Siblings tend to be alike (records in an array), so a new container
+    // reserves what the last one closed at its depth held, within reason.
+    qsizetype sizeHint() const
+    {
+        const size_t depth = _stack.size();
+        return depth < _sizeHints.size() ? _sizeHints[depth] : 0;
+    }
+
+    void rememberSize(qsizetype count)
+    {
+        constexpr qsizetype kMaxHint = 64;
+        const size_t depth = _stack.size();
+        if (depth >= _sizeHints.size())
+            _sizeHints.resize(depth + 1);
+        _sizeHints[depth] = std::min(count, kMaxHint);
+    }
+
+    // A dictionary of just "CF$UID" and a non-negative integer is a keyed-archiver UID.
+    static PlistValue finishDictionary(const PlistDictionary &dict)
+    {
+        if (dict.count() != 1)
+            return dict;
+        const PlistValue &value = dict.valueAt(0);
+        const bool uid =
+            value.isInteger() && (value.isUnsigned() || value.toInteger() >= 0) &&
+            QAnyStringView::equal(dict.keyValueAt(0).stringView(), QLatin1StringView("CF$UID"));
+        return uid ? PlistValue::uid(value.toUnsigned()) : PlistValue(dict);
+    }
+
+    bool close()
+    {
+        const char *at = _p;
+        QByteArrayView name;
+        if (!endTag(name))
+            return false;
+        Frame &top = _stack.back();
+        if (!sameName(name, nameOf(top.element)))
+            return fail(at, QStringLiteral("%1 closes %2").arg(tagText(name, true), opened(top)));
+        if (top.element == Element::Dict && !top.key.isNone())
+            return fail(at, QStringLiteral("key \"%1\" has no value: expected a value, found %2")
+                                .arg(top.key.toString(), tagText(name, true)));
+        if (top.element == Element::Plist && top.held.isNone())
+            return fail(at, QStringLiteral("<plist> holds no value"));
+        PlistValue value = top.element == Element::Array  ? PlistValue(top.array)
+                           : top.element == Element::Dict ? finishDictionary(top.dict)
+                                                          : std::move(top.held);
+        const qsizetype count = top.element == Element::Array  ? top.array.count()
+                                : top.element == Element::Dict ? top.dict.count()
+                                                               : 0;
+        _stack.pop_back();
+        rememberSize(count);
+        deliver(std::move(value));
+        return true;
+    }
+
+    // "<!" inside a container: only a comment may stand there.
+    bool markupInContainer()
+    {
+        if (startsWith(_p, "<!--"))
+            return skipComment();
+        if (startsWith(_p, "<!DOCTYPE"))
+            return fail(_p, QStringLiteral("a DOCTYPE must come before the root element"));
+        return fail(_p, QStringLiteral("%1 is not allowed in %2")
+                            .arg(found(_p), tagText(nameOf(_stack.back().element))));
+    }
+
+    bool body()
+    {
+        while (!_done) {
+            if (!_stack.empty()) {
+                skipSpace();
+                if (_p == _end)
+                    return failUnclosed(_stack.back());
+                if (*_p != '<' || _end - _p < 2)
+                    return fail(_p, QStringLiteral("text is not allowed in %1: found %2")
+                                        .arg(tagText(nameOf(_stack.back().element)), found(_p)));
+            }
+            bool ok;
+            switch (_p[1]) {
+            case '/':
+                ok = close();
+                break;
+            case '!':
+                ok = markupInContainer();
+                break;
+            case '?':
+                ok = skipProcessingInstruction();
+                break;
+            default: {
+                Tag tag;
+                ok = startTag(tag) && open(tag);
+                break;
+            }
+            }
+            if (!ok)
+                return false;
+        }
+        return true;
+    }
+
+    QByteArrayView _text;
+    const char *_p;
+    const char *_end;
+    std::vector<Frame> _stack;
+    PlistValue _root;
+    bool _done = false;
+    StringCache _strings;
+    std::vector<qsizetype> _sizeHints; // the count of the last container closed at each depth
+    std::string _scratch;              // text with references, reused
+    std::u16string _wide;              // non-ASCII text as UTF-16, reused
+    ReadError _error;
+};
+
+ReadResult failure(QByteArrayView text, qsizetype offset, const QString &message)
+{
+    const TextPosition position = TextPosition::at(text, offset);
+    return ReadResult::failure({message, offset, position.line, position.column});
+}
+
+// An 8-bit file whose declaration names another encoding than UTF-8.
+ReadResult readDeclared(QByteArrayView text, QByteArrayView name)
+{
+    QStringDecoder decoder(name.toByteArray().constData());
+    if (!decoder.isValid())
+        return failure(text, name.data() - text.data(),
+                       QStringLiteral("unsupported encoding \"%1\"").arg(QString::fromUtf8(name)));
+    const QString decoded = decoder.decode(text);
+    if (decoder.hasError())
+        return failure(text, 0,
+                       QStringLiteral("the text is not valid %1").arg(QString::fromUtf8(name)));
+    return Parser(decoded.toUtf8()).run();
+}
+
+} // namespace
+
+bool XmlReader::recognizes(QByteArrayView bytes)
+{
+    const QByteArray prefix =
+        XmlEncoding::asciiPrefix(bytes.first(std::min<qsizetype>(bytes.size(), 1024)), 256);
+    qsizetype i = 0;
+    while (i < prefix.size() && isSpace(prefix[i]))
+        ++i;
+    const QByteArrayView rest = QByteArrayView(prefix).sliced(i);
+    if (rest.startsWith("<?xml") || rest.startsWith("<!") || rest.startsWith("<plist"))
+        return true;
+    // A bare value element as the root. Every name holds a letter that is no
+    // hexadecimal digit, so this is never old-style <hex data>.
+    static const char *const kValueElements[] = {"array", "dict",  "string", "integer", "real",
+                                                 "true",  "false", "date",   "data"};
+    for (const char *name : kValueElements) {
+        const QByteArrayView tag(name);
+        if (rest.size() > tag.size() + 1 && rest[0] == '<' && rest.sliced(1).startsWith(tag)) {
+            const char after = rest[tag.size() + 1];
+            if (after == '>' || after == '/' || isSpace(after))
+                return true;
+        }
+    }
+    return false;
+}
+
+ReadResult XmlReader::read(QByteArrayView bytes)
+{
+    if (bytes.isEmpty())
+        return ReadResult::failure({QStringLiteral("the input is empty")});
+    const XmlEncoding::Sniffed sniffed = XmlEncoding::sniff(bytes);
+    if (sniffed.form != XmlEncoding::Form::Utf8) {
+        QByteArray utf8;
+        if (!XmlEncoding::toUtf8(bytes, sniffed, utf8)) {
+            const bool wide = sniffed.form == XmlEncoding::Form::Utf32LE ||
+                              sniffed.form == XmlEncoding::Form::Utf32BE;
+            return failure(utf8, utf8.size(),
+                           QStringLiteral("the text is not valid %1")
+                               .arg(wide ? QStringLiteral("UTF-32") : QStringLiteral("UTF-16")));
+        }
+        return Parser(utf8).run();
+    }
+    const QByteArrayView text = bytes.sliced(sniffed.markSize);
+    const QByteArrayView declared = XmlEncoding::declared(text);
+    if (sniffed.markSize == 0 && !declared.isEmpty() && !XmlEncoding::readsAsUtf8(declared))
+        return readDeclared(text, declared);
+    const qsizetype invalid = XmlEncoding::invalidUtf8At(text);
+    if (invalid >= 0)
+        return failure(text, invalid,
+                       QStringLiteral("invalid UTF-8: byte 0x%1 does not belong here")
+                           .arg(quint8(text[invalid]), 2, 16, QLatin1Char('0')));
+    return Parser(text).run();
+}

@@ -1,0 +1,415 @@
+#include "XmlWriter.h"
+
+#include "XmlBase64.h"
+#include "XmlDate.h"
+#include "shared/PlistArray.h"
+#include "shared/PlistDictionary.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace {
+
+constexpr QByteArrayView kHeader = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                   "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+                                   "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+                                   "<plist version=\"1.0\">\n";
+constexpr QByteArrayView kFooter = "</plist>\n";
+
+// Base64 lines fill 76 columns less the indentation, which counts at most
+// eight tabs of eight columns.
+constexpr int kDataColumns = 76;
+constexpr int kMaxDataIndent = 8;
+
+// Indentation stops growing here: tabs for every level of a file nested
+// 100,000 deep would make gigabytes. No real file comes near.
+constexpr int kMaxIndent = 128;
+
+// Bytes every reservation adds beyond what a line needs, so that short runs
+// (tabs) may be written a whole block at a time.
+constexpr int kSlack = 16;
+
+/// Output bytes, grown by doubling; written through raw pointers.
+class Sink
+{
+public:
+    Sink() { _bytes.resize(4096); }
+
+    // Room for `n` more bytes at the returned pointer; `commit` says how many were used.
+    char *reserve(qsizetype n)
+    {
+        if (n > _bytes.size() - _used)
+            _bytes.resize(std::max(_bytes.size() * 2, _used + n));
+        return _bytes.data() + _used;
+    }
+    void commit(char *end) { _used = end - _bytes.data(); }
+    void append(QByteArrayView s)
+    {
+        char *p = reserve(s.size());
+        std::memcpy(p, s.data(), size_t(s.size()));
+        _used += s.size();
+    }
+    QByteArray take()
+    {
+        _bytes.resize(_used);
+        return std::move(_bytes);
+    }
+
+private:
+    QByteArray _bytes;
+    qsizetype _used = 0;
+};
+
+char *escapedUnit(char32_t c, char *out)
+{
+    switch (c) {
+    case '&':
+        std::memcpy(out, "&amp;", 5);
+        return out + 5;
+    case '<':
+        std::memcpy(out, "&lt;", 4);
+        return out + 4;
+    case '>':
+        std::memcpy(out, "&gt;", 4);
+        return out + 4;
+    case '\'':
+        std::memcpy(out, "&apos;", 6);
+        return out + 6;
+    case '"':
+        std::memcpy(out, "&quot;", 6);
+        return out + 6;
+    default:
+        break;
+    }
+    if (c < 0x80) {
+        *out++ = char(c);
+    } else if (c < 0x800) {
+        *out++ = char(0xC0 | (c >> 6));
+        *out++ = char(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        *out++ = char(0xE0 | (c >> 12));
+        *out++ = char(0x80 | ((c >> 6) & 0x3F));
+        *out++ = char(0x80 | (c & 0x3F));
+    } else {
+        *out++ = char(0xF0 | (c >> 18));
+        *out++ = char(0x80 | ((c >> 12) & 0x3F));
+        *out++ = char(0x80 | ((c >> 6) & 0x3F));
+        *out++ = char(0x80 | (c & 0x3F));
+    }
+    return out;
+}
+
+// Latin-1 units that need more than themselves: the escaped five and
+// everything beyond ASCII, which takes two bytes of UTF-8.
+constexpr std::array<bool, 256> kSpecialLatin1 = [] {
+    std::array<bool, 256> table{};
+    for (int c = 0x80; c < 256; ++c)
+        table[size_t(c)] = true;
+    for (const char c : {'&', '<', '>', '\'', '"'})
+        table[size_t(c)] = true;
+    return table;
+}();
+
+// Whether any of 16 bytes is special, for long strings.
+bool cleanBlock(const char *p)
+{
+#ifdef __SSE2__
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+    __m128i hit = _mm_cmpeq_epi8(v, _mm_set1_epi8('&'));
+    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('<')));
+    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('>')));
+    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('\'')));
+    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('"')));
+    return _mm_movemask_epi8(_mm_or_si128(hit, v)) == 0; // the sign bit marks non-ASCII
+#else
+    for (int i = 0; i < 16; ++i) {
+        if (kSpecialLatin1[static_cast<unsigned char>(p[i])])
+            return false;
+    }
+    return true;
+#endif
+}
+
+// Whether any of 8 bytes is special: a zero byte in word ^ c marks c.
+bool cleanWord(const char *p)
+{
+    constexpr quint64 kOnes = 0x0101010101010101ull;
+    constexpr quint64 kHighs = 0x8080808080808080ull;
+    quint64 word;
+    std::memcpy(&word, p, 8);
+    auto hasByte = [word](char c) {
+        const quint64 x = word ^ (kOnes * static_cast<unsigned char>(c));
+        return (x - kOnes) & ~x & kHighs;
+    };
+    return ((word & kHighs) | hasByte('&') | hasByte('<') | hasByte('>') | hasByte('\'') |
+            hasByte('"')) == 0;
+}
+
+char *escapedLatin1(QLatin1StringView s, char *out)
+{
+    const char *p = s.data();
+    const char *const end = p + s.size();
+    while (end - p >= 16 && cleanBlock(p)) {
+        std::memcpy(out, p, 16);
+        p += 16;
+        out += 16;
+    }
+    if (end - p >= 8 && cleanWord(p)) {
+        std::memcpy(out, p, 8);
+        p += 8;
+        out += 8;
+    }
+    for (; p < end; ++p) {
+        const auto c = static_cast<unsigned char>(*p);
+        if (kSpecialLatin1[c])
+            out = escapedUnit(c, out);
+        else
+            *out++ = char(c);
+    }
+    return out;
+}
+
+char *escapedUtf16(QStringView s, char *out)
+{
+    const char16_t *p = s.utf16();
+    const char16_t *const end = p + s.size();
+    while (p < end) {
+        char32_t c = *p++;
+        if (c >= 0xD800 && c <= 0xDBFF && p < end && *p >= 0xDC00 && *p <= 0xDFFF)
+            c = 0x10000 + ((c - 0xD800) << 10) + (*p++ - 0xDC00);
+        else if (c >= 0xD800 && c <= 0xDFFF)
+            c = 0xFFFD; // a lone surrogate has no UTF-8 form
+        out = escapedUnit(c, out);
+    }
+    return out;
+}
+
+class Writer
+{
+public:
+    bool run(const PlistValue &root)
+    {
+        _out.append(kHeader);
+        if (!value(root, 0))
+            return false;
+        while (!_stack.empty()) {
+            Frame &frame = _stack.back();
+            if (frame.next == frame.count) {
+                if (frame.dict.isNull())
+                    tagLine("</array>\n", frame.indent);
+                else
+                    tagLine("</dict>\n", frame.indent);
+                _stack.pop_back();
+                continue;
+            }
+            const qsizetype i = frame.next++;
+            const int indent = std::min(frame.indent + 1, kMaxIndent);
+            // `frame` may move once a child container is pushed.
+            const bool ok = frame.dict.isNull() ? value(frame.array.at(i), indent)
+                                                : entry(frame.dict, i, indent);
+            if (!ok)
+                return false;
+        }
+        _out.append(kFooter);
+        return true;
+    }
+
+    QByteArray take() { return _out.take(); }
+    const QString &error() const { return _error; }
+
+private:
+    struct Frame
+    {
+        PlistArray array;
+        PlistDictionary dict;
+        qsizetype next;
+        qsizetype count;
+        int indent;
+    };
+
+    bool entry(const PlistDictionary &dict, qsizetype i, int indent)
+    {
+        string("<key>", dict.keyValueAt(i).stringView(), "</key>\n", indent);
+        return value(dict.valueAt(i), indent);
+    }
+
+    template <size_t N> static char *put(char *p, const char (&literal)[N])
+    {
+        std::memcpy(p, literal, N - 1);
+        return p + N - 1;
+    }
+
+    // Indentation; writes a whole block of tabs when it can, which the slack
+    // every reservation includes leaves room for.
+    static char *tabs(char *p, int indent)
+    {
+        static constexpr char kTabs[] = "\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t";
+        if (indent <= kSlack) {
+            std::memcpy(p, kTabs, kSlack);
+            return p + indent;
+        }
+        std::memset(p, '\t', size_t(indent));
+        return p + indent;
+    }
+
+    char *reserve(qsizetype n, int indent) { return _out.reserve(n + indent + 2 * kSlack); }
+
+    template <size_t N> void tagLine(const char (&tag)[N], int indent)
+    {
+        _out.commit(put(tabs(reserve(N, indent), indent), tag));
+    }
+
+    template <size_t O, size_t C>
+    void line(const char (&open)[O], QByteArrayView text, const char (&close)[C], int indent)
+    {
+        char *p = put(tabs(reserve(O + text.size() + C, indent), indent), open);
+        std::memcpy(p, text.data(), size_t(text.size()));
+        _out.commit(put(p + text.size(), close));
+    }
+
+    template <size_t O, size_t C>
+    void string(const char (&open)[O], QAnyStringView text, const char (&close)[C], int indent)
+    {
+        // Worst case six bytes a unit ("&quot;"); UTF-8 needs at most three.
+        char *p = put(tabs(reserve(O + text.size() * 6 + C, indent), indent), open);
+        p = text.visit([p](auto view) {
+            if constexpr (std::is_same_v<decltype(view), QLatin1StringView>)
+                return escapedLatin1(view, p);
+            else if constexpr (std::is_same_v<decltype(view), QStringView>)
+                return escapedUtf16(view, p);
+            else
+                return escapedUtf16(view.toString(), p); // plist strings never hold UTF-8 views
+        });
+        _out.commit(put(p, close));
+    }
+
+    void number(const PlistValue &v, int indent)
+    {
+        char buffer[40];
+        if (!v.isReal()) {
+            const auto r = v.isUnsigned() ? std::to_chars(buffer, buffer + 40, v.toUnsigned())
+                                          : std::to_chars(buffer, buffer + 40, v.toInteger());
+            line("<integer>", QByteArrayView(buffer, r.ptr - buffer), "</integer>\n", indent);
+            return;
+        }
+        const double d = v.toReal();
+        if (std::isnan(d)) {
+            line("<real>", "nan", "</real>\n", indent);
+        } else if (std::isinf(d)) {
+            line("<real>", d < 0 ? "-infinity" : "+infinity", "</real>\n", indent);
+        } else {
+            const auto r = std::to_chars(buffer, buffer + 40, d); // shortest that reads back
+            line("<real>", QByteArrayView(buffer, r.ptr - buffer), "</real>\n", indent);
+        }
+    }
+
+    void date(double seconds, int indent)
+    {
+        char buffer[XmlDate::kMaxLength];
+        const char *end = XmlDate::format(seconds, buffer);
+        if (!end) {
+            _error = QStringLiteral("a date of %1 seconds from 2001 is too far out to write as "
+                                    "XML")
+                         .arg(seconds);
+            return;
+        }
+        line("<date>", QByteArrayView(buffer, end - buffer), "</date>\n", indent);
+    }
+
+    void data(const QByteArray &bytes, int indent)
+    {
+        const int lineIndent = std::min(indent, kMaxDataIndent);
+        const int lineLength = kDataColumns - 8 * lineIndent;
+        const qsizetype size = XmlBase64::encodedSize(bytes.size(), lineLength, lineIndent);
+        char *p = put(tabs(reserve(size + indent + 16, indent), indent), "<data>\n");
+        p = XmlBase64::encodeLines(bytes, lineLength, lineIndent, p);
+        _out.commit(put(tabs(p, indent), "</data>\n"));
+    }
+
+    void uid(quint64 id, int indent)
+    {
+        char buffer[24];
+        const auto r = std::to_chars(buffer, buffer + 24, id);
+        tagLine("<dict>\n", indent);
+        line("<key>", "CF$UID", "</key>\n", indent + 1);
+        line("<integer>", QByteArrayView(buffer, r.ptr - buffer), "</integer>\n", indent + 1);
+        tagLine("</dict>\n", indent);
+    }
+
+    void container(const PlistValue &v, int indent)
+    {
+        if (v.isArray()) {
+            const PlistArray array = v.toArray();
+            if (array.isEmpty())
+                return tagLine("<array/>\n", indent);
+            tagLine("<array>\n", indent);
+            _stack.push_back({array, {}, 0, array.count(), indent});
+            return;
+        }
+        const PlistDictionary dict = v.toDictionary();
+        if (dict.isEmpty())
+            return line("<dict/>", "", "\n", indent);
+        tagLine("<dict>\n", indent);
+        _stack.push_back({{}, dict, 0, dict.count(), indent});
+    }
+
+    bool value(const PlistValue &v, int indent)
+    {
+        switch (v.kind()) {
+        case PlistValue::Kind::Array:
+        case PlistValue::Kind::Dictionary:
+            container(v, indent);
+            break;
+        case PlistValue::Kind::String:
+            string("<string>", v.stringView(), "</string>\n", indent);
+            break;
+        case PlistValue::Kind::Number:
+            number(v, indent);
+            break;
+        case PlistValue::Kind::Boolean:
+            if (v.toBool())
+                tagLine("<true/>\n", indent);
+            else
+                tagLine("<false/>\n", indent);
+            break;
+        case PlistValue::Kind::Date:
+            date(v.toDate(), indent);
+            break;
+        case PlistValue::Kind::Data:
+            data(v.toData(), indent);
+            break;
+        case PlistValue::Kind::Uid:
+            uid(v.toUid(), indent);
+            break;
+        case PlistValue::Kind::Null:
+            _error = QStringLiteral("null cannot be written as XML: the format has no null "
+                                    "value (only JSON has)");
+            break;
+        case PlistValue::Kind::None:
+            _error = QStringLiteral("there is no value to write");
+            break;
+        }
+        return _error.isEmpty();
+    }
+
+    Sink _out;
+    std::vector<Frame> _stack;
+    QString _error;
+};
+
+} // namespace
+
+WriteResult XmlWriter::write(const PlistValue &value)
+{
+    Writer writer;
+    if (!writer.run(value))
+        return WriteResult::failure(writer.error());
+    return WriteResult::success(writer.take());
+}

@@ -1,0 +1,332 @@
+#include "storage/XmlWriter.h"
+
+#include "shared/PlistArray.h"
+#include "shared/PlistDictionary.h"
+#include "storage/XmlReader.h"
+#include "support/Corpus.h"
+
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <limits>
+
+namespace {
+
+constexpr char kHeader[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                           "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+                           "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+                           "<plist version=\"1.0\">\n";
+constexpr char kFooter[] = "</plist>\n";
+
+CorpusFile corpusFile(const char *path)
+{
+    return {QString::fromUtf8(path), QStringLiteral("xml"), QStringLiteral("valid")};
+}
+
+PlistValue str(const char *s)
+{
+    return PlistValue(QString::fromUtf8(s));
+}
+
+PlistValue array(std::initializer_list<PlistValue> items)
+{
+    PlistArray a = PlistArray::create();
+    for (const PlistValue &item : items)
+        a.append(item);
+    return a;
+}
+
+PlistValue dict(std::initializer_list<std::pair<const char *, PlistValue>> entries)
+{
+    PlistDictionary d = PlistDictionary::create();
+    for (const auto &[key, value] : entries)
+        d.insert(QString::fromUtf8(key), value);
+    return d;
+}
+
+// `value` inside `depth` arrays.
+PlistValue nested(PlistValue value, int depth)
+{
+    for (int i = 0; i < depth; ++i)
+        value = array({value});
+    return value;
+}
+
+QByteArray bytes(int count)
+{
+    QByteArray b(count, Qt::Uninitialized);
+    for (int i = 0; i < count; ++i)
+        b[i] = char(i * 7 + 3);
+    return b;
+}
+
+// --- the platform's layout, byte for byte ----------------------------------------
+
+// Files written by the platform's own tools (or by tools that copy its layout
+// exactly): reading and writing them again must not change a byte.
+const char *const kPlatformLayoutFiles[] = {
+    "gnustep/Tests/base/PropertyLists/non_baseplane_utf8.plist",
+    "libplist/test_data/7.plist",
+    "libplist/test_data/offxml.plist",
+    "libplist/test_data/order.plist",
+    "libplist/test_data/signed.plist",
+    "libplist/test_data/signedunsigned.plist",
+    "libplist/test_data/unsigned.plist",
+    "mDNSResponder/BonjourExtension-Info.plist",
+    "mDNSResponder/com.apple.mDNSResponder.mdns-tcpdump.plist",
+    "mDNSResponder/com.apple.mDNSResponder.plist",
+    "mDNSResponder/com.apple.mDNSResponderHelper.plist",
+    "mDNSResponder/dns-sd-entitlements.plist",
+    "mDNSResponder/mDNSResponder.plist",
+    "rust-plist/xml-animals.plist",
+    "sparkle/IDEWorkspaceChecks.plist",
+    "sparkle/Sparkle-Info.plist",
+    "sparkle/Sparkle-Test-App.entitlements",
+    "swift-corelibs-foundation/Info.plist",
+    "swift-corelibs-foundation/NSKeyedUnarchiver-ArrayTest.plist",
+    "swift-corelibs-foundation/NSKeyedUnarchiver-ConcreteValueTest.plist",
+    "swift-corelibs-foundation/NSKeyedUnarchiver-NotificationTest.plist",
+    "swift-corelibs-foundation/NSKeyedUnarchiver-OrderedSetTest.plist",
+    "swift-corelibs-foundation/NSKeyedUnarchiver-RangeTest.plist",
+    "swift-corelibs-foundation/NSKeyedUnarchiver-URLTest.plist",
+    "swift-corelibs-foundation/NSKeyedUnarchiver-UUIDTest.plist",
+    "swift-corelibs-foundation/NSURLTestData.plist",
+    "swift-corelibs-foundation/Test.plist",
+    "swift-foundation/Generic_XML_Properties.plist",
+};
+
+class XmlWriterPlatformFiles : public testing::TestWithParam<const char *>
+{};
+
+TEST_P(XmlWriterPlatformFiles, WritesTheFileBackByteForByte)
+{
+    const QByteArray original = corpusFile(GetParam()).bytes();
+    ASSERT_FALSE(original.isEmpty());
+    const ReadResult read = XmlReader::read(original);
+    ASSERT_TRUE(read) << qPrintable(read.error.description());
+    const WriteResult written = XmlWriter::write(read.value);
+    ASSERT_TRUE(written) << qPrintable(written.error);
+    EXPECT_EQ(written.data.toStdString(), original.toStdString());
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, XmlWriterPlatformFiles, testing::ValuesIn(kPlatformLayoutFiles),
+                         [](const auto &info) { return corpusFile(info.param).testName(); });
+
+class XmlWriterCorpus : public testing::TestWithParam<CorpusFile>
+{};
+
+TEST_P(XmlWriterCorpus, WritesWhatReadsBackIdentical)
+{
+    const ReadResult first = XmlReader::read(GetParam().bytes());
+    ASSERT_TRUE(first) << qPrintable(first.error.description());
+    const WriteResult written = XmlWriter::write(first.value);
+    ASSERT_TRUE(written) << qPrintable(written.error);
+    const ReadResult again = XmlReader::read(written.data);
+    ASSERT_TRUE(again) << qPrintable(again.error.description());
+    EXPECT_TRUE(again.value.isIdenticalTo(first.value));
+}
+
+std::vector<CorpusFile> validXmlFiles()
+{
+    std::vector<CorpusFile> rows = corpusFiles({QStringLiteral("xml")});
+    std::erase_if(rows, [](const CorpusFile &row) { return row.expect != u"valid"; });
+    return rows;
+}
+
+INSTANTIATE_TEST_SUITE_P(Manifest, XmlWriterCorpus, testing::ValuesIn(validXmlFiles()),
+                         [](const auto &info) { return info.param.testName(); });
+
+// --- layout of each kind of value ------------------------------------------------------
+
+struct Layout
+{
+    const char *name;
+    std::function<PlistValue()> value;
+    QByteArray body; // between the <plist> lines
+    bool lossless = true;
+};
+
+const double kInf = std::numeric_limits<double>::infinity();
+
+const Layout kLayouts[] = {
+    {"EscapesFiveCharacters", [] { return str("<a & 'b' \"c\">"); },
+     "<string>&lt;a &amp; &apos;b&apos; &quot;c&quot;&gt;</string>\n"},
+    {"WritesUtf8AsItIs", [] { return str("caf\xC3\xA9 \xF0\x9F\x98\x80\r\n\x01"); },
+     "<string>caf\xC3\xA9 \xF0\x9F\x98\x80\r\n\x01</string>\n"},
+    {"LongStringsWithSpecialsLate", [] { return str("abcdefghijklmnopqrstuvwxyz0123456789&"); },
+     "<string>abcdefghijklmnopqrstuvwxyz0123456789&amp;</string>\n"},
+    {"Integers",
+     [] {
+         return array(
+             {std::numeric_limits<qint64>::min(), std::numeric_limits<quint64>::max(), qint64(0)});
+     },
+     "<array>\n\t<integer>-9223372036854775808</integer>\n"
+     "\t<integer>18446744073709551615</integer>\n\t<integer>0</integer>\n</array>\n"},
+    {"RealsInTheirShortestText",
+     [] {
+         return array({0.1, 5.0, -0.0, 1e20, 1.0 / 3, std::numeric_limits<double>::quiet_NaN(),
+                       kInf, -kInf});
+     },
+     "<array>\n\t<real>0.1</real>\n\t<real>5</real>\n\t<real>-0</real>\n\t<real>1e+20</real>\n"
+     "\t<real>0.3333333333333333</real>\n\t<real>nan</real>\n\t<real>+infinity</real>\n"
+     "\t<real>-infinity</real>\n</array>\n"},
+    {"DatesToTheSecondInUtc",
+     [] {
+         return array({PlistValue::date(0.75), PlistValue::date(-0.25),
+                       PlistValue::date(-63145612800.0), PlistValue::date(3e11)});
+     },
+     "<array>\n\t<date>2001-01-01T00:00:00Z</date>\n\t<date>2000-12-31T23:59:59Z</date>\n"
+     "\t<date>0000-01-02T00:00:00Z</date>\n\t<date>11507-08-17T05:20:00Z</date>\n</array>\n",
+     false},
+    {"EmptyContainersAndBooleans",
+     [] {
+         return dict({{"a", PlistArray::create()},
+                      {"d", PlistDictionary::create()},
+                      {"t", true},
+                      {"f", false}});
+     },
+     "<dict>\n\t<key>a</key>\n\t<array/>\n\t<key>d</key>\n\t<dict/>\n\t<key>t</key>\n\t<true/>\n"
+     "\t<key>f</key>\n\t<false/>\n</dict>\n"},
+    {"KeysInTheDictionarysOrder",
+     [] {
+         return dict({{"z", qint64(1)}, {"a&b", qint64(2)}});
+     },
+     "<dict>\n\t<key>z</key>\n\t<integer>1</integer>\n\t<key>a&amp;b</key>\n"
+     "\t<integer>2</integer>\n</dict>\n"},
+    {"UidAsCfUidDictionary", [] { return array({PlistValue::uid(42)}); },
+     "<array>\n\t<dict>\n\t\t<key>CF$UID</key>\n\t\t<integer>42</integer>\n\t</dict>\n</array>\n"},
+    {"DataAtTheTopInLinesOf76", [] { return PlistValue::data(bytes(60)); },
+     "<data>\n" + bytes(57).toBase64() + "\n" + bytes(60).toBase64().mid(76) + "\n</data>\n"},
+    {"DataInLinesOf76LessTheIndentation", [] { return array({PlistValue::data(bytes(52))}); },
+     "<array>\n\t<data>\n\t" + bytes(51).toBase64() + "\n\t" + bytes(52).toBase64().mid(68) +
+         "\n\t</data>\n</array>\n"},
+    {"EmptyData", [] { return PlistValue::data({}); }, "<data>\n</data>\n"},
+    {"DeepDataIndentsAtMostEightTabs", [] { return nested(PlistValue::data(bytes(10)), 10); },
+     QByteArray("<array>\n") + "\t<array>\n" + "\t\t<array>\n" + "\t\t\t<array>\n" +
+         "\t\t\t\t<array>\n" + "\t\t\t\t\t<array>\n" + "\t\t\t\t\t\t<array>\n" +
+         "\t\t\t\t\t\t\t<array>\n" + "\t\t\t\t\t\t\t\t<array>\n" + "\t\t\t\t\t\t\t\t\t<array>\n" +
+         "\t\t\t\t\t\t\t\t\t\t<data>\n" + "\t\t\t\t\t\t\t\t" + bytes(9).toBase64() + "\n" +
+         "\t\t\t\t\t\t\t\t" + bytes(10).toBase64().mid(12) + "\n" +
+         "\t\t\t\t\t\t\t\t\t\t</data>\n" + "\t\t\t\t\t\t\t\t\t</array>\n" +
+         "\t\t\t\t\t\t\t\t</array>\n" + "\t\t\t\t\t\t\t</array>\n" + "\t\t\t\t\t\t</array>\n" +
+         "\t\t\t\t\t</array>\n" + "\t\t\t\t</array>\n" + "\t\t\t</array>\n" + "\t\t</array>\n" +
+         "\t</array>\n" + "</array>\n"},
+};
+
+class XmlWriterLayout : public testing::TestWithParam<Layout>
+{};
+
+TEST_P(XmlWriterLayout, WritesThePlatformsText)
+{
+    const PlistValue value = GetParam().value();
+    const WriteResult written = XmlWriter::write(value);
+    ASSERT_TRUE(written) << qPrintable(written.error);
+    EXPECT_EQ(written.data.toStdString(), (kHeader + GetParam().body + kFooter).toStdString());
+    const ReadResult again = XmlReader::read(written.data);
+    ASSERT_TRUE(again) << qPrintable(again.error.description());
+    EXPECT_EQ(again.value.isIdenticalTo(value), GetParam().lossless);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, XmlWriterLayout, testing::ValuesIn(kLayouts),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+TEST(XmlWriterErrors, RefusesWhatXmlCannotHold)
+{
+    const WriteResult null = XmlWriter::write(dict({{"n", PlistValue::null()}}));
+    ASSERT_FALSE(null);
+    EXPECT_TRUE(null.error.contains(QStringLiteral("null cannot be written")))
+        << qPrintable(null.error);
+    EXPECT_TRUE(null.data.isEmpty());
+    EXPECT_FALSE(XmlWriter::write(PlistValue()));
+    const WriteResult farDate = XmlWriter::write(PlistValue::date(1e300));
+    ASSERT_FALSE(farDate);
+    EXPECT_TRUE(farDate.error.contains(QStringLiteral("too far out")));
+    EXPECT_FALSE(XmlWriter::write(PlistValue::date(std::numeric_limits<double>::quiet_NaN())));
+}
+
+TEST(XmlWriterDepth, WritesNestingOneHundredThousandDeep)
+{
+    const PlistValue deep = nested(dict({{"leaf", true}}), 100000);
+    const WriteResult written = XmlWriter::write(deep);
+    ASSERT_TRUE(written) << qPrintable(written.error);
+    const ReadResult again = XmlReader::read(written.data);
+    ASSERT_TRUE(again) << qPrintable(again.error.description());
+    EXPECT_TRUE(again.value.isIdenticalTo(deep));
+}
+
+// --- other readers ---------------------------------------------------------------------------
+
+// A value of every kind the other tools share with us, with text that needs care.
+PlistValue interopValue()
+{
+    return dict(
+        {{"string", str("<tag> & \"quotes\" 'apostrophes' caf\xC3\xA9 \xF0\x9F\x98\x80")},
+         {"empty", str("")},
+         {"integers", array({qint64(-5), std::numeric_limits<qint64>::max(),
+                             std::numeric_limits<quint64>::max()})},
+         {"reals", array({0.5, -2.25, 1e-7, 123456.75})},
+         {"booleans", array({true, false})},
+         {"date", PlistValue::date(728512994.0)},
+         {"data", PlistValue::data(bytes(100))},
+         {"nested", dict({{"list", PlistArray::create()}, {"map", PlistDictionary::create()}})}});
+}
+
+// Has the tool read `xml` and write it back as XML, which we then read.
+ReadResult throughTool(const QString &program, const QStringList &arguments, const QByteArray &xml)
+{
+    QTemporaryDir dir;
+    const QString in = dir.filePath(QStringLiteral("in.plist"));
+    const QString out = dir.filePath(QStringLiteral("out.plist"));
+    QFile file(in);
+    if (!file.open(QIODevice::WriteOnly) || file.write(xml) != xml.size())
+        return ReadResult::failure({QStringLiteral("cannot write %1").arg(in)});
+    file.close();
+    QProcess process;
+    process.start(program, QStringList(arguments)
+                               .replaceInStrings(QStringLiteral("IN"), in)
+                               .replaceInStrings(QStringLiteral("OUT"), out));
+    if (!process.waitForFinished(30000) || process.exitCode() != 0)
+        return ReadResult::failure({QString::fromUtf8(process.readAllStandardError())});
+    QFile result(out);
+    if (!result.open(QIODevice::ReadOnly))
+        return ReadResult::failure({QStringLiteral("no output from %1").arg(program)});
+    return XmlReader::read(result.readAll());
+}
+
+TEST(XmlWriterInterop, PlistlibReadsWhatWeWrite)
+{
+    const QString python = QStandardPaths::findExecutable(QStringLiteral("python3"));
+    if (python.isEmpty())
+        GTEST_SKIP() << "python3 is not installed";
+    const QString script =
+        QStringLiteral("import plistlib, sys\n"
+                       "value = plistlib.load(open(sys.argv[1], 'rb'))\n"
+                       "plistlib.dump(value, open(sys.argv[2], 'wb'), sort_keys=False)\n");
+    const PlistValue value = interopValue();
+    const ReadResult back = throughTool(
+        python, {QStringLiteral("-c"), script, QStringLiteral("IN"), QStringLiteral("OUT")},
+        XmlWriter::write(value).data);
+    ASSERT_TRUE(back) << qPrintable(back.error.description());
+    EXPECT_TRUE(back.value.isIdenticalTo(value));
+}
+
+TEST(XmlWriterInterop, PlistutilReadsWhatWeWrite)
+{
+    const QString plistutil = QStandardPaths::findExecutable(QStringLiteral("plistutil"));
+    if (plistutil.isEmpty())
+        GTEST_SKIP() << "plistutil is not installed";
+    const PlistValue value = interopValue();
+    const ReadResult back =
+        throughTool(plistutil,
+                    {QStringLiteral("-i"), QStringLiteral("IN"), QStringLiteral("-o"),
+                     QStringLiteral("OUT"), QStringLiteral("-f"), QStringLiteral("xml")},
+                    XmlWriter::write(value).data);
+    ASSERT_TRUE(back) << qPrintable(back.error.description());
+    EXPECT_TRUE(back.value.isEqualToPlist(value));
+}
+
+} // namespace
