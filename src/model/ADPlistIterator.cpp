@@ -86,10 +86,12 @@ ADPlistObject *ADPlistIterator::previousObject()
         ADPlistObject *deepest = _currentObject.get();
         while (hasGrandchildren(deepest))
             deepest = deepest->childAtIndex(deepest->childCount() - 1);
-        if (deepest != _rootObject.get()) {
-            _currentObject = pointerTo(deepest->plistObjectParent());
-            _childIndex = _currentObject->childCount() - 1;
+        if (deepest == _rootObject.get()) {
+            _iterationComplete = true; // nothing below the root: the walk is over at once
+            return currentObject();
         }
+        _currentObject = pointerTo(deepest->plistObjectParent());
+        _childIndex = _currentObject->childCount() - 1;
         return currentObject();
     }
     --_childIndex;

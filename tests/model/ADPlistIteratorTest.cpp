@@ -4,6 +4,8 @@
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "storage/PlistSerialization.h"
+#include "support/Corpus.h"
 
 #include <gtest/gtest.h>
 
@@ -96,9 +98,11 @@ TEST(ADPlistIterator, EndsAtOnceOnLeavesAndEmptyContainers)
         const auto root = ADPlistObject::createWithPlist(value);
         ADPlistIterator plain(root);
         EXPECT_EQ(plain.nextObject(), nullptr);
+        EXPECT_EQ(ADPlistIterator(root).previousObject(), nullptr);
         ADPlistIterator wrapping(root, true);
         EXPECT_EQ(wrapping.nextObject(), root.get());
         EXPECT_EQ(wrapping.nextObject(), root.get());
+        EXPECT_EQ(wrapping.previousObject(), root.get());
     }
 }
 
@@ -134,5 +138,37 @@ TEST(ADPlistIterator, WalksDeepTreesWithoutRecursion)
         ++count;
     EXPECT_EQ(count, 100000u);
 }
+
+class CorpusWalk : public testing::TestWithParam<CorpusFile>
+{};
+
+TEST_P(CorpusWalk, ForwardAndBackwardAgree)
+{
+    ReadResult read = PlistSerialization::read(GetParam().bytes());
+    if (!read)
+        read = PlistSerialization::readJson(GetParam().bytes());
+    ASSERT_TRUE(read);
+    const auto root = ADPlistObject::createWithPlist(read.value);
+    ADPlistIterator there(root), back(root);
+    const std::vector<ADPlistObject *> forwardOrder = forward(there);
+    std::vector<ADPlistObject *> backwardOrder;
+    while (ADPlistObject *node = back.previousObject())
+        backwardOrder.push_back(node);
+    std::reverse(backwardOrder.begin(), backwardOrder.end());
+    EXPECT_EQ(forwardOrder, backwardOrder);
+}
+
+std::vector<CorpusFile> validFiles()
+{
+    std::vector<CorpusFile> rows;
+    for (const CorpusFile &row : corpusFiles()) {
+        if (row.expect == u"valid")
+            rows.push_back(row);
+    }
+    return rows;
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, CorpusWalk, testing::ValuesIn(validFiles()),
+                         [](const auto &row) { return row.param.testName(); });
 
 } // namespace

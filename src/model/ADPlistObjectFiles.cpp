@@ -1,0 +1,156 @@
+// The class operations of ADPlistObject that read and write files.
+
+#include "ADPlistObject.h"
+
+#include "shared/KZError.h"
+#include "shared/KZLocalizedString.h"
+#include "storage/PlistSerialization.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <exception>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr qint64 kParseErrorCode = 3840;
+constexpr qint64 kReadErrorCode = 256;
+constexpr qint64 kWriteErrorCode = 512;
+
+KZError parseError(const QString &path, const QString &plistReason, const QString &jsonReason)
+{
+    const QString format = KZLocalizedStringWithID(
+        109, QStringLiteral("The file %@ could not be opened because an error occurred parsing the "
+                            "file.\n\nPlist parse error: %@\n\nJSON parse error: %@"));
+    KZError error(KZErrorDomain, kParseErrorCode,
+                  KZStringWithFormat(format, {path, plistReason, jsonReason}));
+    error.setUserInfoValue(QStringLiteral("NSFilePath"), path);
+    return error;
+}
+
+struct FileBytes
+{
+    QByteArray bytes;
+    std::optional<KZError> error;
+};
+
+// The whole file, or no bytes at all when the user may not read it (the
+// parsers then refuse the empty input).
+FileBytes readWholeFile(const QString &path)
+{
+    if (::access(QFile::encodeName(path).constData(), R_OK) != 0)
+        return {};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {{}, KZError(KZErrorDomain, kReadErrorCode, file.errorString())};
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return {{}, KZError(KZErrorDomain, kReadErrorCode, file.errorString())};
+    return {std::move(bytes), std::nullopt};
+}
+
+template <typename T> void fill(T *out, T value)
+{
+    if (out)
+        *out = std::move(value);
+}
+
+} // namespace
+
+PlistValue ADPlistObject::readPlistFromFile(const QString &path, bool, ADPlistFormat *format,
+                                            std::optional<KZError> *error)
+{
+    fill(format, ADPlistFormatUnknown);
+    FileBytes file = readWholeFile(path);
+    if (file.error) {
+        fill(error, file.error);
+        return {};
+    }
+    return readPlistFromData(file.bytes, path, format, error);
+}
+
+PlistValue ADPlistObject::readPlistFromData(const QByteArray &data, const QString &path,
+                                            ADPlistFormat *format, std::optional<KZError> *error)
+{
+    fill(format, ADPlistFormatUnknown);
+    ReadResult plist = PlistSerialization::read(data);
+    if (plist) {
+        fill(format, plist.format);
+        return plist.value;
+    }
+    ReadResult json = PlistSerialization::readJson(data);
+    if (json) {
+        fill(format, ADPlistFormatJSON);
+        return json.value;
+    }
+    fill(error, std::optional<KZError>(
+                    parseError(path, plist.error.description(), json.error.description())));
+    return {};
+}
+
+ADPlistObject::Pointer ADPlistObject::plistObjectWithContentsOfFile(const QString &path,
+                                                                    bool authorizeIfNecessary,
+                                                                    ADPlistFormat *format,
+                                                                    std::optional<KZError> *error)
+{
+    try {
+        const PlistValue plist = readPlistFromFile(path, authorizeIfNecessary, format, error);
+        return plist.isNone() ? nullptr : createWithPlist(plist);
+    } catch (const std::exception &e) {
+        // Nothing a file holds may take the program down here.
+        fill(error, std::optional<KZError>(
+                        KZError(KZErrorDomain, kReadErrorCode, QString::fromLocal8Bit(e.what()))));
+        return nullptr;
+    }
+}
+
+ADPlistObject::Pointer ADPlistObject::plistObjectWithData(const QByteArray &data,
+                                                          QVariantMap *attributes)
+{
+    ReadResult plist = PlistSerialization::read(data);
+    if (plist) {
+        if (attributes)
+            attributes->insert(PlistObjectFormat, plist.format);
+        return createWithPlist(plist.value);
+    }
+    ReadResult json = PlistSerialization::readJson(data);
+    if (attributes)
+        attributes->insert(PlistObjectFormat, ADPlistFormatUnknown);
+    if (json)
+        return createWithPlist(json.value);
+    if (attributes)
+        attributes->insert(PlistObjectErrorString, json.error.description());
+    return nullptr;
+}
+
+std::optional<KZError> ADPlistObject::writePlist(const PlistValue &plist, const QString &path,
+                                                 ADPlistFormat format, bool humanReadable)
+{
+    const WriteResult written = PlistSerialization::write(plist, format, humanReadable);
+    if (!written)
+        return KZError(KZErrorDomain, kWriteErrorCode, written.error);
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(written.data) != written.data.size() ||
+        !file.commit())
+        return KZError(KZErrorDomain, kWriteErrorCode, file.errorString());
+    return std::nullopt;
+}
+
+QString ADPlistObject::displayStringForPlistFormat(ADPlistFormat format)
+{
+    switch (format) {
+    case ADPlistFormatXML:
+        return KZLocalizedStringWithID(103, QStringLiteral("XML"));
+    case ADPlistFormatASCII:
+        return KZLocalizedStringWithID(104, QStringLiteral("ASCII"));
+    case ADPlistFormatBinary:
+        return KZLocalizedStringWithID(105, QStringLiteral("Binary"));
+    case ADPlistFormatJSON:
+        return KZLocalizedStringWithID(106, QStringLiteral("JSON"));
+    default:
+        return QString();
+    }
+}
