@@ -15,17 +15,9 @@ void place(DictionaryNode &d, size_t entry, quint32 hash)
 {
     const size_t mask = d.table.size() - 1;
     size_t slot = hash & mask;
-    while (d.table[slot] != 0)
+    while (d.table[slot].entry != 0)
         slot = (slot + 1) & mask;
-    d.table[slot] = quint32(entry + 1);
-}
-
-void rebuildIndex(DictionaryNode &d, const std::vector<quint32> &hashes)
-{
-    d.table.assign(std::bit_ceil(std::max<size_t>(16, d.entries.size() * 2)), 0);
-    for (size_t i = 0; i < d.entries.size(); ++i)
-        place(d, i, hashes[i]);
-    d.indexed = true;
+    d.table[slot] = {quint32(entry + 1), hash};
 }
 
 void dropIndex(DictionaryNode &d)
@@ -54,11 +46,28 @@ qsizetype PlistDictionary::count() const noexcept
     return isNull() ? 0 : qsizetype(node().entries.size());
 }
 
+const StringNode &PlistDictionary::stringNode(const PlistValue &key) noexcept
+{
+    Q_ASSERT(key.isString());
+    return *static_cast<const StringNode *>(key.node());
+}
+
+void PlistDictionary::ensureIndex() const
+{
+    DictionaryNode &d = node();
+    if (d.indexed)
+        return;
+    d.table.assign(std::bit_ceil(std::max<size_t>(16, d.entries.size() * 2)), {0, 0});
+    for (size_t i = 0; i < d.entries.size(); ++i)
+        place(d, i, stringNode(d.entries[i].key).hashValue());
+    d.indexed = true;
+}
+
 qsizetype PlistDictionary::indexOf(QAnyStringView key) const
 {
     if (isNull())
         return -1;
-    DictionaryNode &d = node();
+    const DictionaryNode &d = node();
     if (d.entries.size() <= kIndexThreshold) {
         for (size_t i = 0; i < d.entries.size(); ++i) {
             if (QAnyStringView::equal(d.entries[i].key.stringView(), key))
@@ -66,17 +75,34 @@ qsizetype PlistDictionary::indexOf(QAnyStringView key) const
         }
         return -1;
     }
-    if (!d.indexed) {
-        std::vector<quint32> hashes;
-        hashes.reserve(d.entries.size());
-        for (const DictionaryEntry &e : d.entries)
-            hashes.push_back(static_cast<const StringNode *>(e.key.node())->hashValue());
-        rebuildIndex(d, hashes);
-    }
+    ensureIndex();
+    const quint32 hash = hashUnits(key);
     const size_t mask = d.table.size() - 1;
-    for (size_t slot = hashUnits(key) & mask; d.table[slot] != 0; slot = (slot + 1) & mask) {
-        const size_t i = d.table[slot] - 1;
-        if (QAnyStringView::equal(d.entries[i].key.stringView(), key))
+    for (size_t slot = hash & mask; d.table[slot].entry != 0; slot = (slot + 1) & mask) {
+        const size_t i = d.table[slot].entry - 1;
+        if (d.table[slot].hash == hash && QAnyStringView::equal(d.entries[i].key.stringView(), key))
+            return qsizetype(i);
+    }
+    return -1;
+}
+
+qsizetype PlistDictionary::indexOfKey(const PlistValue &key) const
+{
+    const DictionaryNode &d = node();
+    const StringNode &wanted = stringNode(key);
+    if (d.entries.size() <= kIndexThreshold) {
+        for (size_t i = 0; i < d.entries.size(); ++i) {
+            if (stringNode(d.entries[i].key).equals(wanted))
+                return qsizetype(i);
+        }
+        return -1;
+    }
+    ensureIndex();
+    const quint32 hash = wanted.hashValue();
+    const size_t mask = d.table.size() - 1;
+    for (size_t slot = hash & mask; d.table[slot].entry != 0; slot = (slot + 1) & mask) {
+        const size_t i = d.table[slot].entry - 1;
+        if (d.table[slot].hash == hash && stringNode(d.entries[i].key).equals(wanted))
             return qsizetype(i);
     }
     return -1;
@@ -112,8 +138,7 @@ void PlistDictionary::reserve(qsizetype size)
 
 void PlistDictionary::insert(const PlistValue &key, PlistValue value)
 {
-    Q_ASSERT(key.isString());
-    const qsizetype existing = indexOf(key.stringView());
+    const qsizetype existing = indexOfKey(key);
     if (existing >= 0) {
         replaceAt(existing, std::move(value));
         return;
@@ -122,9 +147,8 @@ void PlistDictionary::insert(const PlistValue &key, PlistValue value)
     d.entries.push_back({key, std::move(value)});
     if (!d.indexed)
         return;
-    const quint32 hash = static_cast<const StringNode *>(key.node())->hashValue();
     if (d.entries.size() * 2 <= d.table.size()) {
-        place(d, d.entries.size() - 1, hash);
+        place(d, d.entries.size() - 1, stringNode(key).hashValue());
         return;
     }
     dropIndex(d); // rebuilt larger on the next lookup

@@ -60,6 +60,10 @@ private:
     friend class PlistValue;
     explicit PlistDictionary(PlistValue value) noexcept : _value(std::move(value)) {}
     plist_detail::DictionaryNode &node() const noexcept;
+    static const plist_detail::StringNode &stringNode(const PlistValue &key) noexcept;
+    /// Position of a key given as a string value: its cached hash, then its bytes.
+    qsizetype indexOfKey(const PlistValue &key) const;
+    void ensureIndex() const;
 
     PlistValue _value; // none, or a dictionary
 };

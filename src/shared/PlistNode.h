@@ -12,32 +12,6 @@
 
 namespace plist_detail {
 
-enum class NodeKind : quint8
-{
-    Integer,  // signed 64-bit beyond the inline range
-    Unsigned, // above the signed range
-    Real,     // a double whose low bits the tag would need
-    Date,
-    Uid,
-    String,
-    Data,
-    Array,
-    Dictionary,
-};
-
-/// Nodes have no virtual table: `release` dispatches on `kind`.
-struct PlistNode
-{
-    explicit PlistNode(NodeKind k) noexcept : kind(k) {}
-    std::atomic<quint32> ref{1};
-    NodeKind kind;
-
-    void retain() noexcept { ref.fetch_add(1, std::memory_order_relaxed); }
-    /// Frees the node when this was the last reference. Children freed on the
-    /// way are queued, not recursed into.
-    static void release(PlistNode *node) noexcept;
-};
-
 struct ScalarNode : PlistNode
 {
     ScalarNode(NodeKind k, quint64 bits) noexcept : PlistNode(k), bits(bits) {}
@@ -92,7 +66,12 @@ struct DictionaryNode : PlistNode
 {
     DictionaryNode() : PlistNode(NodeKind::Dictionary) {}
     std::vector<DictionaryEntry> entries;
-    mutable std::vector<quint32> table; // entry position + 1; 0 is empty
+    struct Slot
+    {
+        quint32 entry; // entry position + 1; 0 is an empty slot
+        quint32 hash;  // the key's, compared before its text
+    };
+    mutable std::vector<Slot> table;
     mutable bool indexed = false;
 };
 

@@ -20,7 +20,6 @@ using namespace plist_detail;
 namespace {
 
 // Inline tags in the low three bits of the handle.
-constexpr quintptr kTagNode = 0;
 constexpr quintptr kTagInteger = 1;
 constexpr quintptr kTagReal = 2;
 constexpr quintptr kTagDate = 3;
@@ -340,85 +339,7 @@ PlistValue PlistValue::fromUtf16(const char16_t *units, qsizetype size)
     return PlistValue(StringNode::create(units, size));
 }
 
-PlistValue::PlistValue(const PlistValue &other) noexcept : _bits(other._bits)
-{
-    if (PlistNode *n = node())
-        n->retain();
-}
-
-PlistValue &PlistValue::operator=(const PlistValue &other) noexcept
-{
-    PlistValue copy(other);
-    std::swap(_bits, copy._bits);
-    return *this;
-}
-
-PlistValue &PlistValue::operator=(PlistValue &&other) noexcept
-{
-    PlistValue moved(std::move(other));
-    std::swap(_bits, moved._bits);
-    return *this;
-}
-
-PlistValue::~PlistValue()
-{
-    if (PlistNode *n = node())
-        PlistNode::release(n);
-}
-
-PlistNode *PlistValue::node() const noexcept
-{
-    return tag() == kTagNode ? reinterpret_cast<PlistNode *>(_bits) : nullptr;
-}
-
 // --- questions ----------------------------------------------------------------
-
-PlistValue::Kind PlistValue::kind() const noexcept
-{
-    switch (tag()) {
-    case kTagInteger:
-    case kTagReal:
-        return Kind::Number;
-    case kTagDate:
-        return Kind::Date;
-    case kTagBoolean:
-        return Kind::Boolean;
-    case kTagNull:
-        return Kind::Null;
-    case kTagUid:
-        return Kind::Uid;
-    default:
-        break;
-    }
-    const PlistNode *n = node();
-    if (!n)
-        return Kind::None;
-    switch (n->kind) {
-    case NodeKind::Integer:
-    case NodeKind::Unsigned:
-    case NodeKind::Real:
-        return Kind::Number;
-    case NodeKind::Date:
-        return Kind::Date;
-    case NodeKind::Uid:
-        return Kind::Uid;
-    case NodeKind::String:
-        return Kind::String;
-    case NodeKind::Data:
-        return Kind::Data;
-    case NodeKind::Array:
-        return Kind::Array;
-    case NodeKind::Dictionary:
-        return Kind::Dictionary;
-    }
-    return Kind::None;
-}
-
-ADPlistType PlistValue::plistType() const noexcept
-{
-    const Kind k = kind();
-    return k == Kind::Uid || k == Kind::None ? ADPlistTypeUnknown : ADPlistType(k);
-}
 
 bool PlistValue::isContainer() const noexcept
 {

@@ -8,13 +8,40 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <atomic>
 #include <utility>
 
 class PlistArray;
 class PlistDictionary;
 namespace plist_detail {
-struct PlistNode;
+enum class NodeKind : quint8
+{
+    Integer,  // signed 64-bit beyond the inline range
+    Unsigned, // above the signed range
+    Real,     // a double whose low bits the tag would need
+    Date,
+    Uid,
+    String,
+    Data,
+    Array,
+    Dictionary,
+};
+
+/// The header of every heap node. Nodes have no virtual table: `release`
+/// dispatches on `kind`. Declared here so that copying a handle is inline.
+struct PlistNode
+{
+    explicit PlistNode(NodeKind k) noexcept : kind(k) {}
+    std::atomic<quint32> ref{1};
+    NodeKind kind;
+
+    void retain() noexcept { ref.fetch_add(1, std::memory_order_relaxed); }
+    /// Frees the node when this was the last reference. Children freed on the
+    /// way are queued, not recursed into.
+    static void release(PlistNode *node) noexcept;
+};
 struct DictionaryNode;
+struct StringNode;
 } // namespace plist_detail
 
 /// One plain property list value: what a file holds and what the tree shadows.
@@ -72,15 +99,49 @@ public:
     static PlistValue fromLatin1(const char *bytes, qsizetype size);
     static PlistValue fromUtf16(const char16_t *units, qsizetype size);
 
-    PlistValue(const PlistValue &other) noexcept;
+    PlistValue(const PlistValue &other) noexcept : _bits(other._bits)
+    {
+        if (plist_detail::PlistNode *n = node())
+            n->retain();
+    }
     PlistValue(PlistValue &&other) noexcept : _bits(std::exchange(other._bits, 0)) {}
-    PlistValue &operator=(const PlistValue &other) noexcept;
-    PlistValue &operator=(PlistValue &&other) noexcept;
-    ~PlistValue();
+    PlistValue &operator=(const PlistValue &other) noexcept
+    {
+        PlistValue copy(other);
+        std::swap(_bits, copy._bits);
+        return *this;
+    }
+    PlistValue &operator=(PlistValue &&other) noexcept
+    {
+        PlistValue moved(std::move(other));
+        std::swap(_bits, moved._bits);
+        return *this;
+    }
+    ~PlistValue()
+    {
+        if (plist_detail::PlistNode *n = node())
+            plist_detail::PlistNode::release(n);
+    }
 
-    Kind kind() const noexcept;
+    Kind kind() const noexcept
+    {
+        // By tag: node, integer, real, date, boolean, null, UID, (unused).
+        static constexpr Kind kByTag[] = {Kind::None,    Kind::Number, Kind::Number, Kind::Date,
+                                          Kind::Boolean, Kind::Null,   Kind::Uid,    Kind::None};
+        // By node kind, in the order of plist_detail::NodeKind.
+        static constexpr Kind kByNode[] = {Kind::Number, Kind::Number, Kind::Number,
+                                           Kind::Date,   Kind::Uid,    Kind::String,
+                                           Kind::Data,   Kind::Array,  Kind::Dictionary};
+        if (const plist_detail::PlistNode *n = node())
+            return kByNode[size_t(n->kind)];
+        return kByTag[tag()];
+    }
     /// The plist type code: -1 for none and for a UID, which no tree shows as such.
-    ADPlistType plistType() const noexcept;
+    ADPlistType plistType() const noexcept
+    {
+        const Kind k = kind();
+        return k == Kind::Uid || k == Kind::None ? ADPlistTypeUnknown : ADPlistType(k);
+    }
     bool isNone() const noexcept { return _bits == 0; }
     bool isArray() const noexcept { return kind() == Kind::Array; }
     bool isDictionary() const noexcept { return kind() == Kind::Dictionary; }
@@ -140,7 +201,10 @@ private:
     friend class PlistArray;
     friend class PlistDictionary;
     explicit PlistValue(plist_detail::PlistNode *node) noexcept;
-    plist_detail::PlistNode *node() const noexcept;
+    plist_detail::PlistNode *node() const noexcept
+    {
+        return tag() == 0 ? reinterpret_cast<plist_detail::PlistNode *>(_bits) : nullptr;
+    }
     quintptr tag() const noexcept { return _bits & 7; }
 
     quintptr _bits = 0; // low three bits a tag; tag 0 is a heap node or none

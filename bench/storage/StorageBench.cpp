@@ -1,0 +1,221 @@
+// Reads and writes the four benchmark shapes with our storage code and with
+// libplist side by side, then prints the ratios and the peak memory of reading
+// the largest XML files. `--large` adds the 100 MB files to the 1 MB ones.
+
+#include "BenchShapes.h"
+#include "RatioReporter.h"
+
+#include "storage/PlistSerialization.h"
+
+#include <benchmark/benchmark.h>
+#include <plist/plist.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct SizeStep
+{
+    const char *name;
+    qint64 bytes;
+};
+
+// Everything one shape and size needs, made once before the runs.
+struct Inputs
+{
+    PlistValue value;
+    QByteArray xml, binary, xmlSafe, json, ascii;
+    plist_t libplistValue = nullptr;
+};
+
+QByteArray written(const PlistValue &value, ADPlistFormat format)
+{
+    WriteResult result = PlistSerialization::write(value, format, false);
+    if (!result) {
+        std::fprintf(stderr, "cannot write benchmark input: %s\n", qPrintable(result.error));
+        std::exit(1);
+    }
+    return result.data;
+}
+
+void registerRun(const std::string &name, qint64 bytes, std::function<void()> body)
+{
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [bytes, body](benchmark::State &state) {
+                                     for (auto _ : state)
+                                         body();
+                                     state.SetBytesProcessed(state.iterations() * bytes);
+                                 })
+        ->Unit(benchmark::kMillisecond)
+        ->MeasureProcessCPUTime()
+        ->UseRealTime();
+}
+
+void readOurs(const QByteArray &bytes, bool json)
+{
+    ReadResult result =
+        json ? PlistSerialization::readJson(bytes) : PlistSerialization::read(bytes);
+    if (!result) {
+        std::fprintf(stderr, "benchmark input refused: %s\n",
+                     qPrintable(result.error.description()));
+        std::exit(1);
+    }
+    benchmark::DoNotOptimize(result.value);
+}
+
+void registerShape(BenchShape shape, const SizeStep &size, Inputs &in)
+{
+    const std::string tail = "/" + benchShapeName(shape).toStdString() + "/" + size.name + "/";
+    registerRun("read/xml" + tail + "ours", in.xml.size(), [&in] { readOurs(in.xml, false); });
+    registerRun("read/xml" + tail + "libplist", in.xml.size(), [&in] {
+        plist_t p = nullptr;
+        plist_from_xml(in.xml.constData(), uint32_t(in.xml.size()), &p);
+        plist_free(p);
+    });
+    registerRun("read/binary" + tail + "ours", in.binary.size(),
+                [&in] { readOurs(in.binary, false); });
+    registerRun("read/binary" + tail + "libplist", in.binary.size(), [&in] {
+        plist_t p = nullptr;
+        plist_from_bin(in.binary.constData(), uint32_t(in.binary.size()), &p);
+        plist_free(p);
+    });
+    registerRun("write/xml" + tail + "ours", in.xml.size(),
+                [&in] { benchmark::DoNotOptimize(written(in.value, ADPlistFormatXML)); });
+    registerRun("write/xml" + tail + "libplist", in.xml.size(), [&in] {
+        char *out = nullptr;
+        uint32_t length = 0;
+        plist_to_xml(in.libplistValue, &out, &length);
+        plist_to_xml_free(out);
+    });
+    registerRun("write/binary" + tail + "ours", in.binary.size(),
+                [&in] { benchmark::DoNotOptimize(written(in.value, ADPlistFormatBinary)); });
+    registerRun("write/binary" + tail + "libplist", in.binary.size(), [&in] {
+        char *out = nullptr;
+        uint32_t length = 0;
+        plist_to_bin(in.libplistValue, &out, &length);
+        plist_to_bin_free(out);
+    });
+    registerRun("read/xmlsafe" + tail + "ours", in.xmlSafe.size(),
+                [&in] { readOurs(in.xmlSafe, false); });
+    registerRun("read/json" + tail + "ours", in.json.size(), [&in] { readOurs(in.json, true); });
+    registerRun("read/ascii" + tail + "ours", in.ascii.size(),
+                [&in] { readOurs(in.ascii, false); });
+}
+
+long residentKilobytes()
+{
+    std::ifstream statm("/proc/self/statm");
+    long total = 0, resident = 0;
+    statm >> total >> resident;
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+// Peak memory in kilobytes that reading `path` adds, measured in a child so
+// that nothing else of this process counts.
+long peakKilobytesOfRead(const QString &path, bool libplist)
+{
+    int pipeEnds[2];
+    if (pipe(pipeEnds) != 0)
+        return -1;
+    const pid_t child = fork();
+    if (child == 0) {
+        const long before = residentKilobytes();
+        // The parent needs the child's starting point to subtract it.
+        if (write(pipeEnds[1], &before, sizeof before) != ssize_t(sizeof before))
+            _exit(1);
+        std::ifstream file(path.toStdString(), std::ios::binary);
+        const std::vector<char> bytes((std::istreambuf_iterator<char>(file)),
+                                      std::istreambuf_iterator<char>());
+        if (libplist) {
+            plist_t p = nullptr;
+            plist_from_xml(bytes.data(), uint32_t(bytes.size()), &p);
+        } else {
+            const ReadResult result =
+                PlistSerialization::read(QByteArrayView(bytes.data(), qsizetype(bytes.size())));
+            benchmark::DoNotOptimize(result.value);
+        }
+        _exit(0);
+    }
+    long before = 0;
+    const bool known = read(pipeEnds[0], &before, sizeof before) == ssize_t(sizeof before);
+    close(pipeEnds[0]);
+    close(pipeEnds[1]);
+    int status = 0;
+    rusage usage{};
+    wait4(child, &status, 0, &usage);
+    return known ? usage.ru_maxrss - before : -1;
+}
+
+void reportPeakMemory(const std::vector<std::unique_ptr<Inputs>> &inputs, const SizeStep &size)
+{
+    QTemporaryDir dir;
+    std::printf("\npeak memory reading %s XML (multiple of the file size)\n", size.name);
+    std::printf("%-10s %10s %10s %10s %8s\n", "shape", "file MB", "ours", "libplist", "ratio");
+    for (size_t i = 0; i < allBenchShapes().size(); ++i) {
+        const QString path = dir.filePath(QStringLiteral("shape%1.plist").arg(i));
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(inputs[i]->xml) != inputs[i]->xml.size())
+            return;
+        file.close();
+        const double megabytes = double(inputs[i]->xml.size()) / (1 << 20);
+        const double ours = double(peakKilobytesOfRead(path, false)) / 1024 / megabytes;
+        const double theirs = double(peakKilobytesOfRead(path, true)) / 1024 / megabytes;
+        std::printf("%-10s %10.1f %10.2f %10.2f %7.2fx\n",
+                    qPrintable(benchShapeName(allBenchShapes()[i])), megabytes, ours, theirs,
+                    theirs > 0 ? ours / theirs : 0.0);
+    }
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    std::vector<SizeStep> sizes{{"1MB", 1 << 20}};
+    std::vector<char *> args;
+    for (int i = 0; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--large") == 0)
+            sizes.push_back({"100MB", 100 << 20});
+        else
+            args.push_back(argv[i]);
+    }
+    int count = int(args.size());
+    benchmark::Initialize(&count, args.data());
+
+    std::vector<std::vector<std::unique_ptr<Inputs>>> bySize;
+    for (const SizeStep &size : sizes) {
+        auto &inputs = bySize.emplace_back();
+        for (const BenchShape shape : allBenchShapes()) {
+            auto in = std::make_unique<Inputs>();
+            in->value = makeBenchValue(shape, size.bytes, false);
+            in->xml = written(in->value, ADPlistFormatXML);
+            in->binary = written(in->value, ADPlistFormatBinary);
+            const PlistValue safe = makeBenchValue(shape, size.bytes, true);
+            in->xmlSafe = written(safe, ADPlistFormatXML);
+            in->json = written(safe, ADPlistFormatJSON);
+            in->ascii = written(safe, ADPlistFormatASCII);
+            plist_from_bin(in->binary.constData(), uint32_t(in->binary.size()), &in->libplistValue);
+            registerShape(shape, size, *in);
+            inputs.push_back(std::move(in));
+        }
+    }
+
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reportPeakMemory(bySize.back(), sizes.back());
+    benchmark::Shutdown();
+    return 0;
+}
