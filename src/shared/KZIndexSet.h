@@ -55,30 +55,37 @@ Q_DECLARE_METATYPE(KZIndexSet)
 
 /// Inserts `items` so that they stand at `indexes` of the result (as many
 /// indexes as items, each below the new size), in one linear pass.
-template <typename List> void kz_insertAtIndexes(List &list, const KZIndexSet &indexes, List items)
+template <typename List>
+void kz_insertAtIndexes(List &list, const KZIndexSet &indexes, List items)
 {
     Q_ASSERT(qint64(items.size()) == indexes.count());
     List merged;
     merged.reserve(list.size() + items.size());
     qsizetype nextOld = 0, nextNew = 0;
-    const qint64 total = qint64(list.size() + items.size());
-    for (qint64 position = 0; position < total; ++position) {
-        if (indexes.contains(position))
-            merged.push_back(std::move(items[nextNew++]));
-        else
+    for (const KZIndexSet::Range &r : indexes.ranges()) {
+        while (qint64(merged.size()) < r.location)
             merged.push_back(std::move(list[nextOld++]));
+        for (qint64 k = 0; k < r.length; ++k)
+            merged.push_back(std::move(items[nextNew++]));
     }
+    while (nextOld < qsizetype(list.size()))
+        merged.push_back(std::move(list[nextOld++]));
     list.swap(merged);
 }
 
 /// Removes the elements at `indexes`, in one linear pass.
-template <typename List> void kz_removeAtIndexes(List &list, const KZIndexSet &indexes)
+template <typename List>
+void kz_removeAtIndexes(List &list, const KZIndexSet &indexes)
 {
     List kept;
     kept.reserve(list.size() - qsizetype(indexes.count()));
-    for (qsizetype i = 0; i < qsizetype(list.size()); ++i) {
-        if (!indexes.contains(i))
-            kept.push_back(std::move(list[i]));
+    qsizetype next = 0;
+    for (const KZIndexSet::Range &r : indexes.ranges()) {
+        while (next < r.location)
+            kept.push_back(std::move(list[next++]));
+        next = qsizetype(r.end());
     }
+    while (next < qsizetype(list.size()))
+        kept.push_back(std::move(list[next++]));
     list.swap(kept);
 }
