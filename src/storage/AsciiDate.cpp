@@ -1,57 +1,16 @@
 #include "AsciiDate.h"
 
+#include "PlistCalendar.h"
+
 #include <cmath>
 #include <cstdio>
 
 namespace {
 
-constexpr qint64 kSecondsPerDay = 86400;
-constexpr qint64 kReferenceDay = 11323; // 2001-01-01 in days since 1970-01-01
+constexpr qint64 kSecondsPerDay = PlistCalendar::kSecondsPerDay;
+constexpr qint64 kReferenceDay = PlistCalendar::kReferenceDay;
 // Far enough for any date a person writes, near enough that days fit easily.
 constexpr double kLargestSeconds = 1e15;
-
-// Days since 1970-01-01 of a day of the proleptic Gregorian calendar.
-qint64 daysFromCivil(qint64 year, int month, int day)
-{
-    year -= month <= 2;
-    const qint64 era = (year >= 0 ? year : year - 399) / 400;
-    const qint64 yearOfEra = year - era * 400;
-    const qint64 dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-    const qint64 dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return era * 146097 + dayOfEra - 719468;
-}
-
-struct Civil
-{
-    qint64 year;
-    int month;
-    int day;
-};
-
-Civil civilFromDays(qint64 days)
-{
-    days += 719468;
-    const qint64 era = (days >= 0 ? days : days - 146096) / 146097;
-    const qint64 dayOfEra = days - era * 146097;
-    const qint64 yearOfEra =
-        (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const qint64 dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const qint64 shiftedMonth = (5 * dayOfYear + 2) / 153;
-    const int day = int(dayOfYear - (153 * shiftedMonth + 2) / 5 + 1);
-    const int month = int(shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9);
-    return {yearOfEra + era * 400 + (month <= 2), month, day};
-}
-
-bool isLeapYear(qint64 year)
-{
-    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-}
-
-int daysInMonth(qint64 year, int month)
-{
-    static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return month == 2 && isLeapYear(year) ? 29 : kDays[month - 1];
-}
 
 // The decimal number of `count` digits at `at`, or -1.
 int digitsAt(QByteArrayView text, qsizetype at, int count)
@@ -88,10 +47,10 @@ std::optional<double> AsciiDate::parse(QByteArrayView text)
         minute > 59 || second < 0 || second > 59 || zoneHours < 0 || zoneHours > 23 ||
         zoneMinutes < 0 || zoneMinutes > 59)
         return std::nullopt;
-    if (day > daysInMonth(year, month))
+    if (day > PlistCalendar::daysInMonth(year, month))
         return std::nullopt;
     const qint64 zone = (zoneHours * 3600 + zoneMinutes * 60) * (text[20] == '-' ? -1 : 1);
-    const qint64 days = daysFromCivil(year, month, day) - kReferenceDay;
+    const qint64 days = PlistCalendar::daysFromCivil(year, month, day) - kReferenceDay;
     return double(days * kSecondsPerDay + hour * 3600 + minute * 60 + second - zone);
 }
 
@@ -103,7 +62,7 @@ std::optional<QByteArray> AsciiDate::format(double secondsSinceReferenceDate)
     const auto seconds = qint64(std::floor(secondsSinceReferenceDate));
     const qint64 days = (seconds >= 0 ? seconds : seconds - kSecondsPerDay + 1) / kSecondsPerDay;
     const qint64 ofDay = seconds - days * kSecondsPerDay;
-    const Civil civil = civilFromDays(days + kReferenceDay);
+    const PlistCalendar::Civil civil = PlistCalendar::civilFromDays(days + kReferenceDay);
     char text[64];
     const int size =
         std::snprintf(text, sizeof text, "%s%04lld-%02d-%02d %02d:%02d:%02d +0000",

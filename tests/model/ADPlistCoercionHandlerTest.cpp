@@ -1,3 +1,4 @@
+#include "support/ValueBuilders.h"
 #include "model/ADPlistCoercionHandler.h"
 
 #include "shared/PlistArray.h"
@@ -10,11 +11,6 @@
 
 namespace {
 
-PlistValue text(const char *s)
-{
-    return PlistValue(QString::fromUtf8(s));
-}
-
 struct Coercion
 {
     const char *name;
@@ -26,25 +22,25 @@ struct Coercion
 std::vector<Coercion> coercions()
 {
     return {
-        {"StringYesIsTrue", text("YES"), ADPlistTypeBoolean, PlistValue(true)},
-        {"StringOneIsTrue", text("1"), ADPlistTypeBoolean, PlistValue(true)},
-        {"LowercaseYesIsFalse", text("yes"), ADPlistTypeBoolean, PlistValue(false)},
-        {"StringOneAndAHalf", text("1.5"), ADPlistTypeNumber, PlistValue(1.5)},
-        {"NegativeFractionIsCut", text("-1.5"), ADPlistTypeNumber, PlistValue(-1)},
-        {"TrailingTextIgnored", text("42 apples"), ADPlistTypeNumber, PlistValue(42)},
-        {"LettersAloneGiveZero", text("apples"), ADPlistTypeNumber, PlistValue(0)},
-        {"HexStringToData", text("00ff"), ADPlistTypeData,
+        {"StringYesIsTrue", str("YES"), ADPlistTypeBoolean, PlistValue(true)},
+        {"StringOneIsTrue", str("1"), ADPlistTypeBoolean, PlistValue(true)},
+        {"LowercaseYesIsFalse", str("yes"), ADPlistTypeBoolean, PlistValue(false)},
+        {"StringOneAndAHalf", str("1.5"), ADPlistTypeNumber, PlistValue(1.5)},
+        {"NegativeFractionIsCut", str("-1.5"), ADPlistTypeNumber, PlistValue(-1)},
+        {"TrailingTextIgnored", str("42 apples"), ADPlistTypeNumber, PlistValue(42)},
+        {"LettersAloneGiveZero", str("apples"), ADPlistTypeNumber, PlistValue(0)},
+        {"HexStringToData", str("00ff"), ADPlistTypeData,
          PlistValue::data(QByteArray("\x00\xff", 2))},
-        {"BadHexGivesEmptyData", text("xyz"), ADPlistTypeData, PlistValue::data(QByteArray())},
-        {"BoolToString", PlistValue(false), ADPlistTypeString, text("NO")},
+        {"BadHexGivesEmptyData", str("xyz"), ADPlistTypeData, PlistValue::data(QByteArray())},
+        {"BoolToString", PlistValue(false), ADPlistTypeString, str("NO")},
         {"BoolToNumber", PlistValue(true), ADPlistTypeNumber, PlistValue(1)},
-        {"RealToString", PlistValue(2.5), ADPlistTypeString, text("2.500000")},
-        {"IntegerCutTo32Bits", PlistValue(qint64(1) << 32 | 7), ADPlistTypeString, text("7")},
+        {"RealToString", PlistValue(2.5), ADPlistTypeString, str("2.500000")},
+        {"IntegerCutTo32Bits", PlistValue(qint64(1) << 32 | 7), ADPlistTypeString, str("7")},
         {"NumberToBool", PlistValue(-3), ADPlistTypeBoolean, PlistValue(true)},
-        {"DataToString", PlistValue::data("\x01\xab"), ADPlistTypeString, text("01ab")},
+        {"DataToString", PlistValue::data("\x01\xab"), ADPlistTypeString, str("01ab")},
         {"DateToNumberHasNoRoute", PlistValue::date(100), ADPlistTypeNumber, PlistValue(0)},
-        {"NullToStringIsEmpty", PlistValue::null(), ADPlistTypeString, text("")},
-        {"SameTypeCopies", text("same"), ADPlistTypeString, text("same")},
+        {"NullToStringIsEmpty", PlistValue::null(), ADPlistTypeString, str("")},
+        {"SameTypeCopies", str("same"), ADPlistTypeString, str("same")},
     };
 }
 
@@ -66,16 +62,16 @@ TEST(ADPlistCoercionHandler, ConvertsContainers)
 {
     ADPlistCoercionHandler &handler = ADPlistCoercionHandler::sharedCoercionHandler();
     PlistArray array = PlistArray::create();
-    array.append(text("a"));
-    array.append(text("b"));
+    array.append(str("a"));
+    array.append(str("b"));
     const PlistDictionary d = handler.coercePlist(array, ADPlistTypeDictionary).toDictionary();
     ASSERT_EQ(d.count(), 2);
     EXPECT_EQ(d.keyAt(0), QStringLiteral("0"));
     EXPECT_EQ(d.value(u"1").toString(), QStringLiteral("b"));
 
     PlistDictionary source = PlistDictionary::create();
-    source.insert(QStringLiteral("b"), text("second"));
-    source.insert(QStringLiteral("a"), text("first"));
+    source.insert(QStringLiteral("b"), str("second"));
+    source.insert(QStringLiteral("a"), str("first"));
     const PlistArray values = handler.coercePlist(source, ADPlistTypeArray).toArray();
     ASSERT_EQ(values.count(), 2);
     EXPECT_EQ(values.at(0).toString(), QStringLiteral("first"));
@@ -94,10 +90,10 @@ TEST(ADPlistCoercionHandler, DatesGoThroughTheStandardFormatter)
     EXPECT_EQ(shown.toString(), ADDateFormatter::standardDateFormatter().stringFromDate(when));
     EXPECT_TRUE(handler.coercePlist(shown, ADPlistTypeDate).isIdenticalTo(PlistValue::date(when)));
     const PlistValue described =
-        handler.coercePlist(text("2001-01-02 00:00:00 +0100"), ADPlistTypeDate);
+        handler.coercePlist(str("2001-01-02 00:00:00 +0100"), ADPlistTypeDate);
     EXPECT_EQ(described.toDate(), 86400.0 - 3600.0);
     const double before = double(QDateTime::currentSecsSinceEpoch() - 978307200 - 1);
-    EXPECT_GE(handler.coercePlist(text("no date at all"), ADPlistTypeDate).toDate(), before)
+    EXPECT_GE(handler.coercePlist(str("no date at all"), ADPlistTypeDate).toDate(), before)
         << "text that is no date gives the current date";
 }
 
@@ -110,7 +106,7 @@ TEST(ADPlistCoercionHandler, TableCellsCanBeChanged)
         handler.coercePlist(PlistValue::date(5), ADPlistTypeNumber).isIdenticalTo(PlistValue(5.0)));
     handler.removeHandler(ADPlistTypeString, ADPlistTypeBoolean);
     EXPECT_TRUE(
-        handler.coercePlist(text("YES"), ADPlistTypeBoolean).isIdenticalTo(PlistValue(false)));
+        handler.coercePlist(str("YES"), ADPlistTypeBoolean).isIdenticalTo(PlistValue(false)));
 }
 
 } // namespace

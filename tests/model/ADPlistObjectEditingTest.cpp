@@ -1,3 +1,4 @@
+#include "support/ValueBuilders.h"
 #include "model/ADPlistNotifications.h"
 #include "model/ADPlistObject.h"
 #include "model/ADUndoManager.h"
@@ -48,22 +49,6 @@ public:
     mutable ADUndoManager undo;
     std::vector<KZNotification> heard;
 };
-
-PlistValue dictionaryOf(std::initializer_list<std::pair<const char *, PlistValue>> entries)
-{
-    PlistDictionary d = PlistDictionary::create();
-    for (const auto &[key, value] : entries)
-        d.insert(QString::fromUtf8(key), value);
-    return d;
-}
-
-PlistValue arrayOf(std::initializer_list<PlistValue> items)
-{
-    PlistArray a = PlistArray::create();
-    for (const PlistValue &v : items)
-        a.append(v);
-    return a;
-}
 
 QStringList plainKeys(const PlistValue &v)
 {

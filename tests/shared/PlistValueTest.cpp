@@ -1,3 +1,4 @@
+#include "support/ValueBuilders.h"
 #include "shared/PlistValue.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -10,11 +11,6 @@
 #include <limits>
 
 namespace {
-
-PlistValue str(const char *s)
-{
-    return PlistValue(QString::fromUtf8(s));
-}
 
 // An array holding `depth` arrays, each inside the next, around one string.
 PlistValue nestedArrays(int depth)

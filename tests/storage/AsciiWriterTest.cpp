@@ -1,3 +1,4 @@
+#include "support/ValueBuilders.h"
 #include "storage/AsciiWriter.h"
 
 #include "shared/PlistArray.h"
@@ -12,27 +13,6 @@
 #include <vector>
 
 namespace {
-
-PlistValue str(const char *utf8)
-{
-    return PlistValue(QString::fromUtf8(utf8));
-}
-
-PlistValue arrayOf(std::initializer_list<PlistValue> items)
-{
-    PlistArray array = PlistArray::create();
-    for (const PlistValue &item : items)
-        array.append(item);
-    return array;
-}
-
-PlistValue dictionaryOf(std::initializer_list<std::pair<const char *, PlistValue>> entries)
-{
-    PlistDictionary dictionary = PlistDictionary::create();
-    for (const auto &[key, value] : entries)
-        dictionary.insert(str(key), value);
-    return dictionary;
-}
 
 QByteArray written(const PlistValue &value)
 {

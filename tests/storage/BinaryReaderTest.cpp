@@ -1,3 +1,4 @@
+#include "support/ValueBuilders.h"
 #include "storage/BinaryReader.h"
 
 #include "shared/PlistArray.h"
@@ -54,11 +55,6 @@ QByteArray billionLaughs()
         objects.push_back("a2" + QByteArray::number(i, 16).rightJustified(2, '0').repeated(2));
     objects.push_back("5161");
     return bplist(objects);
-}
-
-PlistValue str(const char *utf8)
-{
-    return PlistValue(QString::fromUtf8(utf8));
 }
 
 struct BadFile

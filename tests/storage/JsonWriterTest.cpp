@@ -1,3 +1,4 @@
+#include "support/ValueBuilders.h"
 #include "storage/JsonWriter.h"
 
 #include "shared/PlistArray.h"
@@ -18,27 +19,6 @@
 #include <random>
 
 namespace {
-
-PlistValue str(const char *utf8)
-{
-    return PlistValue(QString::fromUtf8(utf8));
-}
-
-PlistValue arrayOf(std::initializer_list<PlistValue> items)
-{
-    PlistArray array = PlistArray::create();
-    for (const PlistValue &item : items)
-        array.append(item);
-    return array;
-}
-
-PlistValue dictionaryOf(std::initializer_list<std::pair<const char *, PlistValue>> entries)
-{
-    PlistDictionary dictionary = PlistDictionary::create();
-    for (const auto &[key, value] : entries)
-        dictionary.insert(str(key), value);
-    return dictionary;
-}
 
 QByteArray written(const PlistValue &value, bool humanReadable = false)
 {

@@ -1,3 +1,4 @@
+#include "support/ValueBuilders.h"
 #include "storage/XmlReader.h"
 
 #include "shared/PlistArray.h"
@@ -19,27 +20,6 @@ QByteArray plist(const char *inner)
 {
     return QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n") +
            inner + "\n</plist>\n";
-}
-
-PlistValue str(const char *s)
-{
-    return PlistValue(QString::fromUtf8(s));
-}
-
-PlistValue array(std::initializer_list<PlistValue> items)
-{
-    PlistArray a = PlistArray::create();
-    for (const PlistValue &item : items)
-        a.append(item);
-    return a;
-}
-
-PlistValue dict(std::initializer_list<std::pair<const char *, PlistValue>> entries)
-{
-    PlistDictionary d = PlistDictionary::create();
-    for (const auto &[key, value] : entries)
-        d.insert(QString::fromUtf8(key), value);
-    return d;
 }
 
 QByteArray encoded(const QByteArray &utf8, QStringConverter::Encoding encoding, bool mark)
@@ -91,7 +71,7 @@ TEST(XmlReaderCorpusValues, ReadWhatTheSourcesExpect)
     EXPECT_TRUE(
         read("swift-foundation/inline/cfuid_dict.xml.plist").isIdenticalTo(PlistValue::uid(1)));
     EXPECT_TRUE(read("swift-foundation/inline/integer_whitespace.xml.plist")
-                    .isIdenticalTo(array({qint64(42), qint64(-99), qint64(-0xFACE)})));
+                    .isIdenticalTo(arrayOf({qint64(42), qint64(-99), qint64(-0xFACE)})));
     EXPECT_EQ(read("swift-foundation/inline/date_year_0000.xml.plist").toDate(), -63145612800.0);
     EXPECT_EQ(read("swift-foundation/inline/date_jan_32.xml.plist").toDate(), 728512994.0);
     const PlistDictionary duplicates = read("go-plist/xml_unusual_cases/s11.plist").toDictionary();
@@ -116,14 +96,14 @@ const GoodXml kGoodXml[] = {
            "<integer>18446744073709551615</integer><integer>-0x2a</integer>"
            "<integer>0123</integer></array>"),
      [] {
-         return array({std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(),
+         return arrayOf({std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(),
                        std::numeric_limits<quint64>::max(), qint64(-42), qint64(123)});
      }},
     {"Reals",
      plist("<array><real>0.1</real><real>-INF</real><real>+Infinity</real><real>1e400</real>"
            "<real>-0</real><real> 2.5e-3</real><real>4.9e-324</real></array>"),
      [] {
-         return array({0.1, -kInf, kInf, kInf, -0.0, 2.5e-3, 4.9e-324});
+         return arrayOf({0.1, -kInf, kInf, kInf, -0.0, 2.5e-3, 4.9e-324});
      }},
     {"Dates",
      plist("<array><date>2001-01-01T00:00:00Z</date><date>1869-01-03T08:16:32Z</date>"
@@ -131,7 +111,7 @@ const GoodXml kGoodXml[] = {
            "<date>-0001-12-31T23:59:59Z</date></array>"),
      [] {
          // Before 1582-10-15 the calendar is Julian, as on the platform.
-         return array({PlistValue::date(0), PlistValue::date(-4165314208.0),
+         return arrayOf({PlistValue::date(0), PlistValue::date(-4165314208.0),
                        PlistValue::date(728512994.0), PlistValue::date(326438669350.0),
                        PlistValue::date(-63145699201.0)});
      }},
@@ -139,7 +119,7 @@ const GoodXml kGoodXml[] = {
      [] { return PlistValue::data(QByteArray("\0\1\2\3", 4)); }},
     {"EmptyElements", plist("<array><string/><data/><dict/><array/></array>"),
      [] {
-         return array(
+         return arrayOf(
              {str(""), PlistValue::data({}), PlistDictionary::create(), PlistArray::create()});
      }},
     {"ReferencesAndCdata",
@@ -153,13 +133,13 @@ const GoodXml kGoodXml[] = {
            "<dict><key>CF$UID</key><integer>-1</integer></dict>"
            "<dict><key>CF$UID</key><string>7</string></dict></array>"),
      [] {
-         return array(
-             {PlistValue::uid(7), dict({{"CF$UID", qint64(-1)}}), dict({{"CF$UID", str("7")}})});
+         return arrayOf(
+             {PlistValue::uid(7), dictionaryOf({{"CF$UID", qint64(-1)}}), dictionaryOf({{"CF$UID", str("7")}})});
      }},
     {"RepeatedKeyKeepsPlaceTakesLastValue",
      plist("<dict><key>a</key><true/><key>b</key><false/><key>a</key><integer>3</integer></dict>"),
      [] {
-         return dict({{"a", qint64(3)}, {"b", false}});
+         return dictionaryOf({{"a", qint64(3)}, {"b", false}});
      }},
     {"BareRootWithoutProlog", "<true/>", [] { return PlistValue(true); }},
     {"MarkupAround",

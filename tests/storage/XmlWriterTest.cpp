@@ -1,3 +1,4 @@
+#include "support/ValueBuilders.h"
 #include "storage/XmlWriter.h"
 
 #include "shared/PlistArray.h"
@@ -27,32 +28,11 @@ CorpusFile corpusFile(const char *path)
     return {QString::fromUtf8(path), QStringLiteral("xml"), QStringLiteral("valid")};
 }
 
-PlistValue str(const char *s)
-{
-    return PlistValue(QString::fromUtf8(s));
-}
-
-PlistValue array(std::initializer_list<PlistValue> items)
-{
-    PlistArray a = PlistArray::create();
-    for (const PlistValue &item : items)
-        a.append(item);
-    return a;
-}
-
-PlistValue dict(std::initializer_list<std::pair<const char *, PlistValue>> entries)
-{
-    PlistDictionary d = PlistDictionary::create();
-    for (const auto &[key, value] : entries)
-        d.insert(QString::fromUtf8(key), value);
-    return d;
-}
-
 // `value` inside `depth` arrays.
 PlistValue nested(PlistValue value, int depth)
 {
     for (int i = 0; i < depth; ++i)
-        value = array({value});
+        value = arrayOf({value});
     return value;
 }
 
@@ -161,14 +141,14 @@ const Layout kLayouts[] = {
      "<string>abcdefghijklmnopqrstuvwxyz0123456789&amp;</string>\n"},
     {"Integers",
      [] {
-         return array(
+         return arrayOf(
              {std::numeric_limits<qint64>::min(), std::numeric_limits<quint64>::max(), qint64(0)});
      },
      "<array>\n\t<integer>-9223372036854775808</integer>\n"
      "\t<integer>18446744073709551615</integer>\n\t<integer>0</integer>\n</array>\n"},
     {"RealsInTheirShortestText",
      [] {
-         return array({0.1, 5.0, -0.0, 1e20, 1.0 / 3, std::numeric_limits<double>::quiet_NaN(),
+         return arrayOf({0.1, 5.0, -0.0, 1e20, 1.0 / 3, std::numeric_limits<double>::quiet_NaN(),
                        kInf, -kInf});
      },
      "<array>\n\t<real>0.1</real>\n\t<real>5</real>\n\t<real>-0</real>\n\t<real>1e+20</real>\n"
@@ -176,7 +156,7 @@ const Layout kLayouts[] = {
      "\t<real>-infinity</real>\n</array>\n"},
     {"DatesToTheSecondInUtc",
      [] {
-         return array({PlistValue::date(0.75), PlistValue::date(-0.25),
+         return arrayOf({PlistValue::date(0.75), PlistValue::date(-0.25),
                        PlistValue::date(-63145612800.0), PlistValue::date(3e11)});
      },
      "<array>\n\t<date>2001-01-01T00:00:00Z</date>\n\t<date>2000-12-31T23:59:59Z</date>\n"
@@ -184,7 +164,7 @@ const Layout kLayouts[] = {
      false},
     {"EmptyContainersAndBooleans",
      [] {
-         return dict({{"a", PlistArray::create()},
+         return dictionaryOf({{"a", PlistArray::create()},
                       {"d", PlistDictionary::create()},
                       {"t", true},
                       {"f", false}});
@@ -193,15 +173,15 @@ const Layout kLayouts[] = {
      "\t<key>f</key>\n\t<false/>\n</dict>\n"},
     {"KeysInTheDictionarysOrder",
      [] {
-         return dict({{"z", qint64(1)}, {"a&b", qint64(2)}});
+         return dictionaryOf({{"z", qint64(1)}, {"a&b", qint64(2)}});
      },
      "<dict>\n\t<key>z</key>\n\t<integer>1</integer>\n\t<key>a&amp;b</key>\n"
      "\t<integer>2</integer>\n</dict>\n"},
-    {"UidAsCfUidDictionary", [] { return array({PlistValue::uid(42)}); },
+    {"UidAsCfUidDictionary", [] { return arrayOf({PlistValue::uid(42)}); },
      "<array>\n\t<dict>\n\t\t<key>CF$UID</key>\n\t\t<integer>42</integer>\n\t</dict>\n</array>\n"},
     {"DataAtTheTopInLinesOf76", [] { return PlistValue::data(bytes(60)); },
      "<data>\n" + bytes(57).toBase64() + "\n" + bytes(60).toBase64().mid(76) + "\n</data>\n"},
-    {"DataInLinesOf76LessTheIndentation", [] { return array({PlistValue::data(bytes(52))}); },
+    {"DataInLinesOf76LessTheIndentation", [] { return arrayOf({PlistValue::data(bytes(52))}); },
      "<array>\n\t<data>\n\t" + bytes(51).toBase64() + "\n\t" + bytes(52).toBase64().mid(68) +
          "\n\t</data>\n</array>\n"},
     {"EmptyData", [] { return PlistValue::data({}); }, "<data>\n</data>\n"},
@@ -236,7 +216,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, XmlWriterLayout, testing::ValuesIn(kLayouts),
 
 TEST(XmlWriterErrors, RefusesWhatXmlCannotHold)
 {
-    const WriteResult null = XmlWriter::write(dict({{"n", PlistValue::null()}}));
+    const WriteResult null = XmlWriter::write(dictionaryOf({{"n", PlistValue::null()}}));
     ASSERT_FALSE(null);
     EXPECT_TRUE(null.error.contains(QStringLiteral("null cannot be written")))
         << qPrintable(null.error);
@@ -250,7 +230,7 @@ TEST(XmlWriterErrors, RefusesWhatXmlCannotHold)
 
 TEST(XmlWriterDepth, WritesNestingOneHundredThousandDeep)
 {
-    const PlistValue deep = nested(dict({{"leaf", true}}), 100000);
+    const PlistValue deep = nested(dictionaryOf({{"leaf", true}}), 100000);
     const WriteResult written = XmlWriter::write(deep);
     ASSERT_TRUE(written) << qPrintable(written.error);
     const ReadResult again = XmlReader::read(written.data);
@@ -263,16 +243,16 @@ TEST(XmlWriterDepth, WritesNestingOneHundredThousandDeep)
 // A value of every kind the other tools share with us, with text that needs care.
 PlistValue interopValue()
 {
-    return dict(
+    return dictionaryOf(
         {{"string", str("<tag> & \"quotes\" 'apostrophes' caf\xC3\xA9 \xF0\x9F\x98\x80")},
          {"empty", str("")},
-         {"integers", array({qint64(-5), std::numeric_limits<qint64>::max(),
+         {"integers", arrayOf({qint64(-5), std::numeric_limits<qint64>::max(),
                              std::numeric_limits<quint64>::max()})},
-         {"reals", array({0.5, -2.25, 1e-7, 123456.75})},
-         {"booleans", array({true, false})},
+         {"reals", arrayOf({0.5, -2.25, 1e-7, 123456.75})},
+         {"booleans", arrayOf({true, false})},
          {"date", PlistValue::date(728512994.0)},
          {"data", PlistValue::data(bytes(100))},
-         {"nested", dict({{"list", PlistArray::create()}, {"map", PlistDictionary::create()}})}});
+         {"nested", dictionaryOf({{"list", PlistArray::create()}, {"map", PlistDictionary::create()}})}});
 }
 
 // Has the tool read `xml` and write it back as XML, which we then read.
