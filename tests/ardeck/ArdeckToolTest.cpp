@@ -349,16 +349,6 @@ std::vector<CorpusFile> oneFilePerFormat()
 INSTANTIATE_TEST_SUITE_P(Corpus, ArdeckEditsCorpusFiles, testing::ValuesIn(oneFilePerFormat()),
                          [](const auto &row) { return row.param.format.toStdString(); });
 
-std::vector<CorpusFile> validCorpusFiles()
-{
-    std::vector<CorpusFile> rows;
-    for (const CorpusFile &row : corpusFiles()) {
-        if (row.expect == u"valid")
-            rows.push_back(row);
-    }
-    return rows;
-}
-
 INSTANTIATE_TEST_SUITE_P(Corpus, ArdeckOverTheCorpus, testing::ValuesIn(validCorpusFiles()),
                          [](const auto &row) { return row.param.testName(); });
 

@@ -1,5 +1,6 @@
-#include "support/ValueBuilders.h"
 #include "storage/AsciiWriter.h"
+#include "support/ValueBuilders.h"
+#include "support/ValueWalk.h"
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -140,29 +141,9 @@ TEST(AsciiWriter, WritesNesting100000Deep)
 // Whether the value holds leaves the old-style form reads back as strings.
 bool hasTypedLeaves(const PlistValue &root)
 {
-    std::vector<PlistValue> pending{root};
-    while (!pending.empty()) {
-        const PlistValue value = pending.back();
-        pending.pop_back();
-        if (value.isArray()) {
-            for (const PlistValue &item : value.toArray())
-                pending.push_back(item);
-        } else if (value.isDictionary()) {
-            const PlistDictionary dictionary = value.toDictionary();
-            for (qsizetype i = 0; i < dictionary.count(); ++i)
-                pending.push_back(dictionary.valueAt(i));
-        } else if (!value.isString() && value.kind() != PlistValue::Kind::Data) {
-            return true;
-        }
-    }
-    return false;
-}
-
-std::vector<CorpusFile> validFiles(const QStringList &formats)
-{
-    std::vector<CorpusFile> rows = corpusFiles(formats);
-    std::erase_if(rows, [](const CorpusFile &row) { return row.expect != u"valid"; });
-    return rows;
+    return anyLeaf(root, [](const PlistValue &v) {
+        return !v.isString() && v.kind() != PlistValue::Kind::Data;
+    });
 }
 
 class AsciiWriterCorpus : public testing::TestWithParam<CorpusFile>
@@ -182,8 +163,8 @@ TEST_P(AsciiWriterCorpus, RoundTrips)
 }
 
 INSTANTIATE_TEST_SUITE_P(Manifest, AsciiWriterCorpus,
-                         testing::ValuesIn(validFiles({QStringLiteral("ascii"),
-                                                       QStringLiteral("strings")})),
+                         testing::ValuesIn(validCorpusFiles({QStringLiteral("ascii"),
+                                                             QStringLiteral("strings")})),
                          [](const auto &row) { return row.param.testName(); });
 
 } // namespace

@@ -1,5 +1,5 @@
-#include "support/ValueBuilders.h"
 #include "storage/JsonWriter.h"
+#include "support/ValueBuilders.h"
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -146,13 +146,6 @@ TEST(JsonWriter, WritesNesting100000Deep)
     }
 }
 
-std::vector<CorpusFile> validFiles(const QStringList &formats)
-{
-    std::vector<CorpusFile> rows = corpusFiles(formats);
-    std::erase_if(rows, [](const CorpusFile &row) { return row.expect != u"valid"; });
-    return rows;
-}
-
 class JsonWriterCorpus : public testing::TestWithParam<CorpusFile>
 {};
 
@@ -168,7 +161,7 @@ TEST_P(JsonWriterCorpus, RoundTrips)
 }
 
 INSTANTIATE_TEST_SUITE_P(Manifest, JsonWriterCorpus,
-                         testing::ValuesIn(validFiles({QStringLiteral("json")})),
+                         testing::ValuesIn(validCorpusFiles({QStringLiteral("json")})),
                          [](const auto &row) { return row.param.testName(); });
 
 // Python loads what we wrote and dumps it again in its own style; reading

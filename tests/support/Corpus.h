@@ -82,3 +82,11 @@ inline std::vector<CorpusFile> corpusFiles(const QStringList &formats)
     }
     return rows;
 }
+
+/// The rows a correct reader accepts, of the given formats (all when none are given).
+inline std::vector<CorpusFile> validCorpusFiles(const QStringList &formats = {})
+{
+    std::vector<CorpusFile> rows = formats.isEmpty() ? corpusFiles() : corpusFiles(formats);
+    std::erase_if(rows, [](const CorpusFile &row) { return row.expect != u"valid"; });
+    return rows;
+}
