@@ -79,7 +79,9 @@ void readOurs(const QByteArray &bytes, bool json)
 
 void registerShape(BenchShape shape, const SizeStep &size, Inputs &in)
 {
-    const std::string tail = "/" + benchShapeName(shape).toStdString() + "/" + size.name + "/";
+    const std::string tail = QStringLiteral("/%1/%2/")
+                                 .arg(benchShapeName(shape), QLatin1StringView(size.name))
+                                 .toStdString();
     registerRun("read/xml" + tail + "ours", in.xml.size(), [&in] { readOurs(in.xml, false); });
     registerRun("read/xml" + tail + "libplist", in.xml.size(), [&in] {
         plist_t p = nullptr;
@@ -116,54 +118,56 @@ void registerShape(BenchShape shape, const SizeStep &size, Inputs &in)
                 [&in] { readOurs(in.ascii, false); });
 }
 
-long residentKilobytes()
+// The peak resident memory of this process in kilobytes, from its own mapping
+// (what a parent learns by waiting would include the parent's own peak).
+long ownPeakKilobytes()
 {
-    std::ifstream statm("/proc/self/statm");
-    long total = 0, resident = 0;
-    statm >> total >> resident;
-    return resident * (sysconf(_SC_PAGESIZE) / 1024);
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmHWM:", 0) == 0)
+            return std::stol(line.substr(6));
+    }
+    return -1;
 }
 
-// Peak memory in kilobytes that reading `path` adds, measured in a child so
-// that nothing else of this process counts.
-long peakKilobytesOfRead(const QString &path, bool libplist)
+// Reads `path` with one implementation as the whole work of a fresh process,
+// and prints that process's peak memory.
+int readForPeakMemory(const char *path, const char *implementation)
 {
-    int pipeEnds[2];
-    if (pipe(pipeEnds) != 0)
-        return -1;
-    const pid_t child = fork();
-    if (child == 0) {
-        const long before = residentKilobytes();
-        // The parent needs the child's starting point to subtract it.
-        if (write(pipeEnds[1], &before, sizeof before) != ssize_t(sizeof before))
-            _exit(1);
-        std::ifstream file(path.toStdString(), std::ios::binary);
-        const std::vector<char> bytes((std::istreambuf_iterator<char>(file)),
-                                      std::istreambuf_iterator<char>());
-        if (libplist) {
-            plist_t p = nullptr;
-            plist_from_xml(bytes.data(), uint32_t(bytes.size()), &p);
-        } else {
-            const ReadResult result =
-                PlistSerialization::read(QByteArrayView(bytes.data(), qsizetype(bytes.size())));
-            benchmark::DoNotOptimize(result.value);
-        }
-        _exit(0);
+    std::ifstream file(path, std::ios::binary);
+    const std::vector<char> bytes((std::istreambuf_iterator<char>(file)),
+                                  std::istreambuf_iterator<char>());
+    bool read = true; // "none" measures the process and the file's bytes alone
+    if (std::strcmp(implementation, "libplist") == 0) {
+        plist_t p = nullptr;
+        plist_from_xml(bytes.data(), uint32_t(bytes.size()), &p);
+        read = p != nullptr;
+    } else if (std::strcmp(implementation, "ours") == 0) {
+        read =
+            bool(PlistSerialization::read(QByteArrayView(bytes.data(), qsizetype(bytes.size()))));
     }
-    long before = 0;
-    const bool known = read(pipeEnds[0], &before, sizeof before) == ssize_t(sizeof before);
-    close(pipeEnds[0]);
-    close(pipeEnds[1]);
-    int status = 0;
-    rusage usage{};
-    wait4(child, &status, 0, &usage);
-    return known ? usage.ru_maxrss - before : -1;
+    std::printf("%ld\n", ownPeakKilobytes());
+    return read ? 0 : 1;
+}
+
+long peakKilobytesOfRead(const QString &path, const char *implementation)
+{
+    const std::string command = "/proc/" + std::to_string(getpid()) + "/exe --peak-read '" +
+                                path.toStdString() + "' " + implementation;
+    FILE *child = popen(command.c_str(), "r");
+    if (!child)
+        return -1;
+    long kilobytes = -1;
+    if (std::fscanf(child, "%ld", &kilobytes) != 1)
+        kilobytes = -1;
+    return pclose(child) == 0 ? kilobytes : -1;
 }
 
 void reportPeakMemory(const std::vector<std::unique_ptr<Inputs>> &inputs, const SizeStep &size)
 {
     QTemporaryDir dir;
-    std::printf("\npeak memory reading %s XML (multiple of the file size)\n", size.name);
+    std::printf("\npeak memory reading %s XML, beyond holding the file (multiple of its size)\n",
+                size.name);
     std::printf("%-10s %10s %10s %10s %8s\n", "shape", "file MB", "ours", "libplist", "ratio");
     for (size_t i = 0; i < allBenchShapes().size(); ++i) {
         const QString path = dir.filePath(QStringLiteral("shape%1.plist").arg(i));
@@ -172,8 +176,10 @@ void reportPeakMemory(const std::vector<std::unique_ptr<Inputs>> &inputs, const 
             return;
         file.close();
         const double megabytes = double(inputs[i]->xml.size()) / (1 << 20);
-        const double ours = double(peakKilobytesOfRead(path, false)) / 1024 / megabytes;
-        const double theirs = double(peakKilobytesOfRead(path, true)) / 1024 / megabytes;
+        const long base = peakKilobytesOfRead(path, "none");
+        const double ours = double(peakKilobytesOfRead(path, "ours") - base) / 1024 / megabytes;
+        const double theirs =
+            double(peakKilobytesOfRead(path, "libplist") - base) / 1024 / megabytes;
         std::printf("%-10s %10.1f %10.2f %10.2f %7.2fx\n",
                     qPrintable(benchShapeName(allBenchShapes()[i])), megabytes, ours, theirs,
                     theirs > 0 ? ours / theirs : 0.0);
@@ -184,6 +190,8 @@ void reportPeakMemory(const std::vector<std::unique_ptr<Inputs>> &inputs, const 
 
 int main(int argc, char **argv)
 {
+    if (argc == 4 && std::strcmp(argv[1], "--peak-read") == 0)
+        return readForPeakMemory(argv[2], argv[3]);
     std::vector<SizeStep> sizes{{"1MB", 1 << 20}};
     std::vector<char *> args;
     for (int i = 0; i < argc; ++i) {
