@@ -577,13 +577,44 @@ PlistValue PlistValue::kz_copyMutableContainers() const
 
 namespace plist_detail {
 
+namespace {
+
+void destroyNode(PlistNode *n) noexcept
+{
+    switch (n->kind) {
+    case NodeKind::String:
+        StringNode::destroy(static_cast<StringNode *>(n));
+        break;
+    case NodeKind::Data:
+        delete static_cast<DataNode *>(n);
+        break;
+    case NodeKind::Array:
+        delete static_cast<ArrayNode *>(n);
+        break;
+    case NodeKind::Dictionary:
+        delete static_cast<DictionaryNode *>(n);
+        break;
+    default:
+        delete static_cast<ScalarNode *>(n);
+        break;
+    }
+}
+
+} // namespace
+
 void PlistNode::release(PlistNode *node) noexcept
 {
     if (node->ref.fetch_sub(1, std::memory_order_acq_rel) != 1)
         return;
+    if (node->kind != NodeKind::Array && node->kind != NodeKind::Dictionary) {
+        destroyNode(node); // a leaf frees nothing further
+        return;
+    }
     // Freeing a container frees its children; a chain 100,000 deep would
-    // recurse that far. The first release on a thread drains a queue, and
-    // releases made while it drains only add to the queue.
+    // recurse that far. The first container freed on a thread drains a queue
+    // of its own, and containers freed meanwhile only join it. (A plain
+    // pointer, not a thread-local vector: values in statics are freed after
+    // thread-local objects are gone.)
     thread_local std::vector<PlistNode *> *pending = nullptr;
     if (pending) {
         pending->push_back(node);
@@ -594,23 +625,7 @@ void PlistNode::release(PlistNode *node) noexcept
     while (!queue.empty()) {
         PlistNode *n = queue.back();
         queue.pop_back();
-        switch (n->kind) {
-        case NodeKind::String:
-            StringNode::destroy(static_cast<StringNode *>(n));
-            break;
-        case NodeKind::Data:
-            delete static_cast<DataNode *>(n);
-            break;
-        case NodeKind::Array:
-            delete static_cast<ArrayNode *>(n);
-            break;
-        case NodeKind::Dictionary:
-            delete static_cast<DictionaryNode *>(n);
-            break;
-        default:
-            delete static_cast<ScalarNode *>(n);
-            break;
-        }
+        destroyNode(n);
     }
     pending = nullptr;
 }
@@ -677,19 +692,36 @@ bool StringNode::equals(const StringNode &other) const noexcept
 
 quint32 hashUnits(QAnyStringView view) noexcept
 {
-    // FNV-1a over UTF-16 units; never 0, which marks "not computed".
-    quint32 h = 2166136261u;
-    auto mix = [&h](char16_t unit) { h = (h ^ unit) * 16777619u; };
-    view.visit([&mix](auto v) {
+    // Four UTF-16 units a step, packed alike from Latin-1 and UTF-16 storage,
+    // so equal text hashes equally whichever way it is stored. Never 0, which
+    // marks "not computed".
+    quint64 h = 0xcbf29ce484222325ULL;
+    auto mixUnits = [&h](const auto *units, qsizetype size) {
+        qsizetype i = 0;
+        for (; i + 4 <= size; i += 4) {
+            const quint64 word = quint64(quint16(units[i])) | quint64(quint16(units[i + 1])) << 16 |
+                                 quint64(quint16(units[i + 2])) << 32 |
+                                 quint64(quint16(units[i + 3])) << 48;
+            h = (h ^ word) * 0x100000001b3ULL;
+            h ^= h >> 29;
+        }
+        quint64 tail = 0;
+        for (int shift = 0; i < size; ++i, shift += 16)
+            tail |= quint64(quint16(units[i])) << shift;
+        h = (h ^ tail ^ (quint64(size) << 56)) * 0x100000001b3ULL;
+    };
+    view.visit([&mixUnits](auto v) {
         if constexpr (std::is_same_v<decltype(v), QUtf8StringView>) {
-            for (const QChar c : v.toString())
-                mix(c.unicode());
+            const QString text = v.toString();
+            mixUnits(reinterpret_cast<const char16_t *>(text.utf16()), text.size());
+        } else if constexpr (std::is_same_v<decltype(v), QLatin1StringView>) {
+            mixUnits(reinterpret_cast<const unsigned char *>(v.data()), v.size());
         } else {
-            for (const auto c : v)
-                mix(char16_t(QChar(c).unicode()));
+            mixUnits(v.utf16(), v.size());
         }
     });
-    return h == 0 ? 1 : h;
+    const auto folded = quint32(h ^ (h >> 32));
+    return folded == 0 ? 1 : folded;
 }
 
 } // namespace plist_detail
