@@ -15,6 +15,10 @@
 #include <string_view>
 #include <vector>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace {
 
 enum CharClass : quint8
@@ -49,10 +53,12 @@ bool isUnquoted(char c)
 
 // Letters, digits and marks beyond ASCII stand unquoted too, as other
 // writers leave them; symbols and punctuation do not.
-bool isUnquotedAt(const char *p)
+bool isUnquotedAt(const char *p, const char *end)
 {
     if (uchar(*p) < 0x80)
         return isUnquoted(*p);
+    if (JsonEncoding::sequenceLength(p, end) == 0)
+        return false;
     const char32_t c = JsonEncoding::next(p);
     return QChar::isLetterOrNumber(c) || QChar::isMark(c);
 }
@@ -60,6 +66,29 @@ bool isUnquotedAt(const char *p)
 bool isBlank(char c)
 {
     return kClasses[uchar(c)] & kBlank;
+}
+
+// The first quote, backslash, NUL or byte beyond ASCII at or after `p`, or `end`.
+const char *scanQuoted(const char *p, const char *end, char quote)
+{
+#ifdef __SSE2__
+    const __m128i quotes = _mm_set1_epi8(quote);
+    const __m128i backslash = _mm_set1_epi8('\\');
+    const __m128i zero = _mm_setzero_si128();
+    while (end - p >= 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+        const __m128i stops =
+            _mm_or_si128(_mm_or_si128(v, _mm_cmpeq_epi8(v, zero)),
+                         _mm_or_si128(_mm_cmpeq_epi8(v, quotes), _mm_cmpeq_epi8(v, backslash)));
+        const int mask = _mm_movemask_epi8(stops);
+        if (mask != 0)
+            return p + __builtin_ctz(unsigned(mask));
+        p += 16;
+    }
+#endif
+    while (p < end && *p != quote && *p != '\\' && *p != 0 && uchar(*p) < 0x80)
+        ++p;
+    return p;
 }
 
 int hexValue(char c)
@@ -178,10 +207,12 @@ private:
     Step nextInDictionary(PlistValue &out);
     Step close(PlistValue &out);
     bool skipBlanks();
+    bool checkText(const char *from, const char *to);
     Step readKey(PlistValue &out);
     Step readUnquoted(PlistValue &out);
     Step readQuoted(PlistValue &out);
     Step readEscaped(const char *start, const char *run, PlistValue &out);
+    bool readCharacter();
     bool readEscape(const char *start);
     bool readHexEscape(const char *escape, int maxDigits);
     Step readAngle(PlistValue &out);
@@ -272,7 +303,7 @@ Parser::Step Parser::startValue(PlistValue &out)
     default:
         break;
     }
-    if (isUnquotedAt(_p))
+    if (isUnquotedAt(_p, _end))
         return readUnquoted(out);
     return fail(_p, QStringLiteral("expected a value, found %1").arg(found()));
 }
@@ -387,8 +418,11 @@ bool Parser::skipBlanks()
         if (_end - _p < 2 || _p[0] != '/')
             return true;
         if (_p[1] == '/') {
+            const char *start = _p;
             while (_p < _end && *_p != '\n' && *_p != '\r')
                 ++_p;
+            if (!checkText(start, _p))
+                return false;
             continue;
         }
         if (_p[1] != '*')
@@ -407,14 +441,25 @@ bool Parser::skipBlanks()
             ++star;
         }
         _p = star + 2;
+        if (!checkText(start, _p))
+            return false;
     }
+}
+
+// Text no rule looks into (comments, what base64 skips) is checked here.
+bool Parser::checkText(const char *from, const char *to)
+{
+    if (JsonEncoding::isValid(from, to))
+        return true;
+    fail(from, QStringLiteral("the text is not valid UTF-8"));
+    return false;
 }
 
 Parser::Step Parser::readKey(PlistValue &out)
 {
     if (_p < _end && (*_p == '"' || *_p == '\''))
         return readQuoted(out);
-    if (_p < _end && isUnquotedAt(_p))
+    if (_p < _end && isUnquotedAt(_p, _end))
         return readUnquoted(out);
     const bool stringsFile = _stack.back().kind == FrameKind::StringsFile;
     return fail(_p, QStringLiteral("expected a key%1, found %2%3")
@@ -429,7 +474,7 @@ Parser::Step Parser::readUnquoted(PlistValue &out)
     for (;;) {
         while (_p < _end && isUnquoted(*_p))
             ++_p;
-        if (_p == _end || uchar(*_p) < 0x80 || !isUnquotedAt(_p))
+        if (_p == _end || uchar(*_p) < 0x80 || !isUnquotedAt(_p, _end))
             break;
         ascii = false;
         JsonEncoding::next(_p);
@@ -449,12 +494,8 @@ Parser::Step Parser::readQuoted(PlistValue &out)
     const char quote = *_p;
     const char *start = _p++;
     const char *run = _p;
-    uchar high = 0;
-    while (_p < _end && *_p != quote && *_p != '\\') {
-        high |= uchar(*_p);
-        ++_p;
-    }
-    if (_p < _end && *_p == quote && high < 0x80) {
+    _p = scanQuoted(_p, _end, quote);
+    if (_p < _end && *_p == quote) {
         out = _strings.ascii(run, _p - run);
         ++_p;
         return Step::Value;
@@ -462,29 +503,44 @@ Parser::Step Parser::readQuoted(PlistValue &out)
     return readEscaped(start, run, out);
 }
 
-// The rest of a quoted string from its first backslash, its end, or (when it
-// is not ASCII) its closing quote.
+// The rest of a quoted string from its first backslash, NUL, byte beyond
+// ASCII or end. The text is checked here, as nothing else looks at it.
 Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue &out)
 {
     const char quote = *start;
     _buffer.clear();
     for (;;) {
-        JsonEncoding::appendUtf16(_buffer, run, _p);
+        _buffer.append(run, _p);
         if (_p == _end)
             return fail(start, QStringLiteral("the quoted string is not closed: expected %1 "
                                               "before the end of the text")
                                    .arg(quote));
-        if (*_p == quote) {
+        const auto c = uchar(*_p);
+        if (c == uchar(quote)) {
             ++_p;
             out = PlistValue::fromUtf16(_buffer.data(), qsizetype(_buffer.size()));
             return Step::Value;
         }
-        if (!readEscape(start))
+        if (c >= 0x80 || c == 0) {
+            if (!readCharacter())
+                return Step::Failed;
+        } else if (!readEscape(start)) {
             return Step::Failed;
+        }
         run = _p;
-        while (_p < _end && *_p != quote && *_p != '\\')
-            ++_p;
+        _p = scanQuoted(_p, _end, quote);
     }
+}
+
+// One character beyond ASCII, checked, into `_buffer`.
+bool Parser::readCharacter()
+{
+    if (*_p == 0 || JsonEncoding::sequenceLength(_p, _end) == 0) {
+        fail(_p, QStringLiteral("the text is not valid UTF-8"));
+        return false;
+    }
+    JsonEncoding::appendUtf16(_buffer, JsonEncoding::next(_p));
+    return true;
 }
 
 bool Parser::readEscape(const char *start)
@@ -515,11 +571,12 @@ bool Parser::readEscape(const char *start)
         return true;
     }
     // Any other escaped character stands for itself.
-    const char *character = escape + 1;
-    _p = character;
-    JsonEncoding::next(_p);
-    JsonEncoding::appendUtf16(_buffer, character, _p);
-    return true;
+    _p = escape + 1;
+    if (uchar(*_p) < 0x80 && *_p != 0) {
+        _buffer.push_back(char16_t(*_p++));
+        return true;
+    }
+    return readCharacter();
 }
 
 bool Parser::readHexEscape(const char *escape, int maxDigits)
@@ -605,6 +662,8 @@ Parser::Step Parser::readBase64(const char *start, PlistValue &out)
     if (_p == _end)
         return fail(start, QStringLiteral("the base64 data is not closed: expected ']>' before "
                                           "the end of the text"));
+    if (!checkText(start, _p))
+        return Step::Failed;
     if (_end - _p < 2 || _p[1] != '>')
         return fail(_p + 1, QStringLiteral("expected '>' after ']' of base64 data, found %1")
                                 .arg(describe(_p + 1)));
@@ -637,6 +696,8 @@ Parser::Step Parser::readTyped(const char *start, PlistValue &out)
     while (_p < _end && *_p != '>' && *_p != '"')
         ++_p;
     const std::string_view text(contents, size_t(_p - contents));
+    if (!checkText(contents, _p))
+        return Step::Failed;
     if (_p < _end && *_p == '"')
         ++_p;
     if (_p == _end || *_p != '>')
@@ -686,7 +747,7 @@ QString Parser::describe(const char *p) const
     const auto c = uchar(*p);
     if (c >= 0x20 && c < 0x7F)
         return QStringLiteral("'%1'").arg(QChar(c));
-    if (c < 0x80 || (c & 0xC0) == 0x80)
+    if (c < 0x80 || JsonEncoding::sequenceLength(p, _end) == 0)
         return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
     const char32_t code = JsonEncoding::next(p);
     return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
@@ -713,12 +774,15 @@ ReadResult AsciiReader::read(QByteArrayView bytes)
     // Zero bytes are no document at all, unlike white space, which is an empty strings file.
     if (bytes.isEmpty())
         return ReadResult::failure({QStringLiteral("the data is empty"), 0, 1, 1});
-    const JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
+    JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
     if (!input.error.isEmpty())
         return ReadResult::failure(input.readError(input.errorAt, input.error));
     Parser parser(input.text);
     PlistValue value = parser.parse();
-    if (value.isNone())
-        return ReadResult::failure(input.readError(parser.errorOffset(), parser.errorMessage()));
-    return ReadResult::success(std::move(value), ADPlistFormatASCII);
+    if (!value.isNone())
+        return ReadResult::success(std::move(value), ADPlistFormatASCII);
+    input.findInvalid();
+    if (!input.error.isEmpty())
+        return ReadResult::failure(input.readError(input.errorAt, input.error));
+    return ReadResult::failure(input.readError(parser.errorOffset(), parser.errorMessage()));
 }

@@ -6,6 +6,10 @@
 
 #include <cstring>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace {
 
 enum class Encoding
@@ -48,8 +52,7 @@ Detected detect(QByteArrayView bytes)
     return {Encoding::Utf8, 0};
 }
 
-// Length of the well-formed UTF-8 sequence at p, or 0.
-int sequenceLength(const uchar *p, const uchar *end)
+int wellFormedLength(const uchar *p, const uchar *end)
 {
     const uchar lead = p[0];
     const qsizetype left = end - p;
@@ -77,32 +80,31 @@ int sequenceLength(const uchar *p, const uchar *end)
     return 0;
 }
 
-bool hasHighBitOrZero(quint64 word)
-{
-    constexpr quint64 ones = 0x0101010101010101ull;
-    constexpr quint64 highs = 0x8080808080808080ull;
-    return ((word | ((word - ones) & ~word)) & highs) != 0;
-}
-
 // Offset of the first byte that is NUL or not well-formed UTF-8, or -1.
 qsizetype firstBadUtf8(QByteArrayView text)
 {
-    const auto *begin = reinterpret_cast<const uchar *>(text.data());
-    const uchar *end = begin + text.size();
-    const uchar *p = begin;
+    const char *begin = text.data();
+    const char *end = begin + text.size();
+    const char *p = begin;
     while (p < end) {
-        quint64 word;
-        if (end - p >= 8 && (std::memcpy(&word, p, 8), !hasHighBitOrZero(word))) {
-            p += 8;
-            continue;
+#ifdef __SSE2__
+        const __m128i zero = _mm_setzero_si128();
+        while (end - p >= 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+            if (_mm_movemask_epi8(_mm_or_si128(v, _mm_cmpeq_epi8(v, zero))) != 0)
+                break;
+            p += 16;
         }
+        if (p == end)
+            break;
+#endif
         if (*p == 0)
             return p - begin;
-        if (*p < 0x80) {
+        if (uchar(*p) < 0x80) {
             ++p;
             continue;
         }
-        const int length = sequenceLength(p, end);
+        const int length = JsonEncoding::sequenceLength(p, end);
         if (length == 0)
             return p - begin;
         p += length;
@@ -199,23 +201,18 @@ JsonEncoding::Utf8Text fromUtf32(QByteArrayView units, bool bigEndian)
     return result;
 }
 
-JsonEncoding::Utf8Text fromUtf8(QByteArrayView bytes, qsizetype bomSize)
-{
-    JsonEncoding::Utf8Text result;
-    result.skipped = bomSize;
-    result.text = bytes.sliced(bomSize);
-    result.errorAt = firstBadUtf8(result.text);
-    if (result.errorAt < 0)
-        return result;
-    result.error =
-        result.text[result.errorAt] == 0
-            ? QStringLiteral("the text contains a NUL character")
-            : QStringLiteral("byte 0x%1 is not valid UTF-8")
-                  .arg(uint(uchar(result.text[result.errorAt])), 2, 16, QLatin1Char('0'));
-    return result;
-}
-
 } // namespace
+
+void JsonEncoding::Utf8Text::findInvalid()
+{
+    const qsizetype bad = firstBadUtf8(text);
+    if (bad < 0)
+        return;
+    errorAt = bad;
+    error = text[bad] == 0 ? QStringLiteral("the text contains a NUL character")
+                           : QStringLiteral("byte 0x%1 is not valid UTF-8")
+                                 .arg(uint(uchar(text[bad])), 2, 16, QLatin1Char('0'));
+}
 
 ReadError JsonEncoding::Utf8Text::readError(qsizetype offset, const QString &message) const
 {
@@ -237,7 +234,21 @@ JsonEncoding::Utf8Text JsonEncoding::decode(QByteArrayView bytes)
     case Encoding::Utf8:
         break;
     }
-    return fromUtf8(bytes, detected.bomSize);
+    Utf8Text result;
+    result.skipped = detected.bomSize;
+    result.text = units;
+    return result;
+}
+
+int JsonEncoding::sequenceLength(const char *p, const char *end)
+{
+    return wellFormedLength(reinterpret_cast<const uchar *>(p),
+                            reinterpret_cast<const uchar *>(end));
+}
+
+bool JsonEncoding::isValid(const char *from, const char *to)
+{
+    return firstBadUtf8(QByteArrayView(from, to)) < 0;
 }
 
 char32_t JsonEncoding::next(const char *&p)
@@ -260,19 +271,22 @@ char32_t JsonEncoding::next(const char *&p)
            (char32_t(u[2] & 0x3F) << 6) | (u[3] & 0x3F);
 }
 
+void JsonEncoding::appendUtf16(std::u16string &units, char32_t c)
+{
+    if (c < 0x10000) {
+        units.push_back(char16_t(c));
+        return;
+    }
+    units.push_back(char16_t(0xD800 + ((c - 0x10000) >> 10)));
+    units.push_back(char16_t(0xDC00 + ((c - 0x10000) & 0x3FF)));
+}
+
 void JsonEncoding::appendUtf16(std::u16string &units, const char *from, const char *to)
 {
     while (from < to) {
-        if (uchar(*from) < 0x80) {
+        if (uchar(*from) < 0x80)
             units.push_back(char16_t(uchar(*from++)));
-            continue;
-        }
-        const char32_t c = next(from);
-        if (c < 0x10000) {
-            units.push_back(char16_t(c));
-        } else {
-            units.push_back(char16_t(0xD800 + ((c - 0x10000) >> 10)));
-            units.push_back(char16_t(0xDC00 + ((c - 0x10000) & 0x3FF)));
-        }
+        else
+            appendUtf16(units, next(from));
     }
 }

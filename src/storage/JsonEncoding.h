@@ -16,10 +16,14 @@
 /// it), else UTF-8. The old-style reader uses the same rule, since strings
 /// files are often UTF-16 and sometimes lack the mark.
 ///
-/// UTF-8 input is checked in place (shortest forms only, no surrogates, no
-/// code point above U+10FFFF); UTF-16 and UTF-32 are transcoded. A NUL
-/// character is refused in every encoding: no text format here allows one
-/// outside an escape. Stateless; safe on any thread.
+/// UTF-8 input is used in place and not checked here: a reader checks the
+/// bytes its grammar lets through unseen (strings, comments) with `isValid`
+/// as it goes, and when it fails calls `findInvalid`, whose error comes first,
+/// as if the whole text had been checked before reading. Valid UTF-8 means
+/// shortest forms only, no surrogates, no code point above U+10FFFF. UTF-16
+/// and UTF-32 are transcoded. A NUL character is refused in every encoding:
+/// no text format here allows one outside an escape. Stateless; safe on any
+/// thread.
 class JsonEncoding
 {
 public:
@@ -35,13 +39,21 @@ public:
 
         /// An error at a UTF-8 offset in `text`, with its line and column.
         ReadError readError(qsizetype offset, const QString &message) const;
+        /// Sets the error to the first NUL or ill-formed byte of `text`, if any.
+        void findInvalid();
     };
 
     /// `bytes` must outlive the result when it is UTF-8, which is not copied.
     static Utf8Text decode(QByteArrayView bytes);
 
-    /// The code point at `p` in text `decode` accepted; moves `p` past it.
+    /// The length of the well-formed UTF-8 sequence at `p` (before `end`), or 0.
+    static int sequenceLength(const char *p, const char *end);
+    /// Whether `from` to `to` is well-formed UTF-8 without a NUL.
+    static bool isValid(const char *from, const char *to);
+    /// The code point at `p`, which starts a well-formed sequence; moves `p` past it.
     static char32_t next(const char *&p);
-    /// Appends the accepted text from `from` to `to` as UTF-16 units.
+    /// Appends the code point `c` as UTF-16 units.
+    static void appendUtf16(std::u16string &units, char32_t c);
+    /// Appends the well-formed text from `from` to `to` as UTF-16 units.
     static void appendUtf16(std::u16string &units, const char *from, const char *to);
 };

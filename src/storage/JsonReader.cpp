@@ -14,14 +14,20 @@
 #include <string_view>
 #include <vector>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace {
 
-// Bytes that end the plain part of a string: the quote, a backslash and the
-// control characters, which must be escaped.
+// Bytes that end a plain ASCII run in a string: the quote, a backslash, the
+// control characters (which must be escaped) and every byte beyond ASCII.
 constexpr std::array<bool, 256> makeStringStops()
 {
     std::array<bool, 256> stops{};
     for (int c = 0; c < 0x20; ++c)
+        stops[c] = true;
+    for (int c = 0x80; c < 0x100; ++c)
         stops[c] = true;
     stops['"'] = true;
     stops['\\'] = true;
@@ -29,6 +35,30 @@ constexpr std::array<bool, 256> makeStringStops()
 }
 
 constexpr std::array<bool, 256> kStringStops = makeStringStops();
+
+// The first string stop at or after `p`, or `end`.
+const char *scanString(const char *p, const char *end)
+{
+#ifdef __SSE2__
+    const __m128i quote = _mm_set1_epi8('"');
+    const __m128i backslash = _mm_set1_epi8('\\');
+    const __m128i space = _mm_set1_epi8(' ');
+    while (end - p >= 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+        // Signed, bytes beyond ASCII are below ' ' too.
+        const __m128i stops =
+            _mm_or_si128(_mm_cmplt_epi8(v, space),
+                         _mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, backslash)));
+        const int mask = _mm_movemask_epi8(stops);
+        if (mask != 0)
+            return p + __builtin_ctz(unsigned(mask));
+        p += 16;
+    }
+#endif
+    while (p < end && !kStringStops[uchar(*p)])
+        ++p;
+    return p;
+}
 
 bool isDigit(char c)
 {
@@ -364,12 +394,8 @@ Parser::Step Parser::readString(PlistValue &out)
 {
     const char *start = _p++;
     const char *run = _p;
-    uchar high = 0;
-    while (_p < _end && !kStringStops[uchar(*_p)]) {
-        high |= uchar(*_p);
-        ++_p;
-    }
-    if (_p < _end && *_p == '"' && high < 0x80) {
+    _p = scanString(_p, _end);
+    if (_p < _end && *_p == '"') {
         out = _strings.ascii(run, _p - run);
         ++_p;
         return Step::Value;
@@ -377,29 +403,34 @@ Parser::Step Parser::readString(PlistValue &out)
     return readEscaped(start, run, out);
 }
 
-// The rest of a string from its first backslash, control character, end, or
-// (when it is not ASCII) its closing quote.
+// The rest of a string from its first backslash, control character, byte
+// beyond ASCII or end. The text is checked here, as nothing else looks at it.
 Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue &out)
 {
     _buffer.clear();
     for (;;) {
-        JsonEncoding::appendUtf16(_buffer, run, _p);
+        _buffer.append(run, _p);
         if (_p == _end)
             return fail(start, QStringLiteral("the string is not closed: expected '\"' before "
                                               "the end of the text"));
-        if (*_p == '"') {
+        const auto c = uchar(*_p);
+        if (c == '"') {
             ++_p;
             out = PlistValue::fromUtf16(_buffer.data(), qsizetype(_buffer.size()));
             return Step::Value;
         }
-        if (*_p != '\\')
+        if (c >= 0x80) {
+            if (JsonEncoding::sequenceLength(_p, _end) == 0)
+                return fail(_p, QStringLiteral("the text is not valid UTF-8"));
+            JsonEncoding::appendUtf16(_buffer, JsonEncoding::next(_p));
+        } else if (c != '\\') {
             return fail(_p, QStringLiteral("control character 0x%1 in a string: it must be escaped")
-                                .arg(uint(uchar(*_p)), 2, 16, QLatin1Char('0')));
-        if (!readEscape())
+                                .arg(uint(c), 2, 16, QLatin1Char('0')));
+        } else if (!readEscape()) {
             return Step::Failed;
+        }
         run = _p;
-        while (_p < _end && !kStringStops[uchar(*_p)])
-            ++_p;
+        _p = scanString(_p, _end);
     }
 }
 
@@ -448,7 +479,7 @@ QString Parser::describe(const char *p) const
     const auto c = uchar(*p);
     if (c >= 0x20 && c < 0x7F)
         return QStringLiteral("'%1'").arg(QChar(c));
-    if (c < 0x80 || (c & 0xC0) == 0x80)
+    if (c < 0x80 || JsonEncoding::sequenceLength(p, _end) == 0)
         return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
     const char32_t code = JsonEncoding::next(p);
     return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
@@ -472,12 +503,15 @@ QString Parser::unclosed() const
 
 ReadResult JsonReader::read(QByteArrayView bytes)
 {
-    const JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
+    JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
     if (!input.error.isEmpty())
         return ReadResult::failure(input.readError(input.errorAt, input.error));
     Parser parser(input.text);
     PlistValue value = parser.parse();
-    if (value.isNone())
-        return ReadResult::failure(input.readError(parser.errorOffset(), parser.errorMessage()));
-    return ReadResult::success(std::move(value), ADPlistFormatJSON);
+    if (!value.isNone())
+        return ReadResult::success(std::move(value), ADPlistFormatJSON);
+    input.findInvalid();
+    if (!input.error.isEmpty())
+        return ReadResult::failure(input.readError(input.errorAt, input.error));
+    return ReadResult::failure(input.readError(parser.errorOffset(), parser.errorMessage()));
 }
