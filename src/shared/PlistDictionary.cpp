@@ -57,7 +57,10 @@ void PlistDictionary::ensureIndex() const
     DictionaryNode &d = node();
     if (d.indexed)
         return;
-    d.table.assign(std::bit_ceil(std::max<size_t>(16, d.entries.size() * 2)), {0, 0});
+    // Sized for the reserved entries too, so that a reader filling a
+    // dictionary of known size never rebuilds the index on the way.
+    const size_t room = std::max(d.entries.size(), d.entries.capacity());
+    d.table.assign(std::bit_ceil(std::max<size_t>(16, room * 2)), {0, 0});
     for (size_t i = 0; i < d.entries.size(); ++i)
         place(d, i, stringNode(d.entries[i].key).hashValue());
     d.indexed = true;

@@ -1,6 +1,7 @@
 #include "PlistValue.h"
 
 #include "KZReferenceDate.h"
+#include "NodeAllocator.h"
 #include "PlistArray.h"
 #include "PlistDictionary.h"
 #include "PlistNode.h"
@@ -602,9 +603,22 @@ void destroyNode(PlistNode *n) noexcept
 
 } // namespace
 
+void *PlistNode::operator new(size_t size)
+{
+    return NodeAllocator::allocate(size);
+}
+
+void PlistNode::operator delete(void *p, size_t size) noexcept
+{
+    NodeAllocator::deallocate(p, size);
+}
+
 void PlistNode::release(PlistNode *node) noexcept
 {
-    if (node->ref.fetch_sub(1, std::memory_order_acq_rel) != 1)
+    // A count of 1 held by the caller cannot change under it: nobody else
+    // holds a reference to copy. That saves the atomic write on most frees.
+    if (node->ref.load(std::memory_order_acquire) != 1 &&
+        node->ref.fetch_sub(1, std::memory_order_acq_rel) != 1)
         return;
     if (node->kind != NodeKind::Array && node->kind != NodeKind::Dictionary) {
         destroyNode(node); // a leaf frees nothing further
@@ -636,7 +650,7 @@ StringNode *StringNode::create(const char16_t *units, qsizetype size)
     for (qsizetype i = 0; i < size && narrow; ++i)
         narrow = units[i] < 0x100;
     const size_t bytes = sizeof(StringNode) + size_t(size) * (narrow ? 1 : 2);
-    auto *node = new (::operator new(bytes)) StringNode;
+    auto *node = ::new (PlistNode::operator new(bytes)) StringNode;
     node->wide = !narrow;
     node->length = quint32(size);
     if (narrow) {
@@ -651,7 +665,7 @@ StringNode *StringNode::create(const char16_t *units, qsizetype size)
 
 StringNode *StringNode::createLatin1(const char *bytes, qsizetype size)
 {
-    auto *node = new (::operator new(sizeof(StringNode) + size_t(size))) StringNode;
+    auto *node = ::new (PlistNode::operator new(sizeof(StringNode) + size_t(size))) StringNode;
     node->length = quint32(size);
     if (size > 0)
         std::memcpy(reinterpret_cast<char *>(node + 1), bytes, size_t(size));
@@ -660,8 +674,9 @@ StringNode *StringNode::createLatin1(const char *bytes, qsizetype size)
 
 void StringNode::destroy(StringNode *node) noexcept
 {
+    const size_t bytes = sizeof(StringNode) + size_t(node->length) * (node->wide ? 2 : 1);
     node->~StringNode();
-    ::operator delete(node);
+    PlistNode::operator delete(node, bytes);
 }
 
 QAnyStringView StringNode::view() const noexcept

@@ -36,6 +36,9 @@ struct PlistNode
     NodeKind kind;
 
     void retain() noexcept { ref.fetch_add(1, std::memory_order_relaxed); }
+    // From NodeAllocator, which needs the size back when freeing.
+    static void *operator new(size_t size);
+    static void operator delete(void *p, size_t size) noexcept;
     /// Frees the node when this was the last reference. Children freed on the
     /// way are queued, not recursed into.
     static void release(PlistNode *node) noexcept;
