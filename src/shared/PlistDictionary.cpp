@@ -52,6 +52,15 @@ const StringNode &PlistDictionary::stringNode(const PlistValue &key) noexcept
     return *static_cast<const StringNode *>(key.node());
 }
 
+// An index with room for `entries` entries at most half full.
+void PlistDictionary::buildIndex(DictionaryNode &d, size_t entries)
+{
+    d.table.assign(std::bit_ceil(std::max<size_t>(16, entries * 2)), {0, 0});
+    for (size_t i = 0; i < d.entries.size(); ++i)
+        place(d, i, stringNode(d.entries[i].key).hashValue());
+    d.indexed = true;
+}
+
 void PlistDictionary::ensureIndex() const
 {
     DictionaryNode &d = node();
@@ -59,11 +68,7 @@ void PlistDictionary::ensureIndex() const
         return;
     // Sized for the reserved entries too, so that a reader filling a
     // dictionary of known size never rebuilds the index on the way.
-    const size_t room = std::max(d.entries.size(), d.entries.capacity());
-    d.table.assign(std::bit_ceil(std::max<size_t>(16, room * 2)), {0, 0});
-    for (size_t i = 0; i < d.entries.size(); ++i)
-        place(d, i, stringNode(d.entries[i].key).hashValue());
-    d.indexed = true;
+    buildIndex(d, std::max(d.entries.size(), d.entries.capacity()));
 }
 
 qsizetype PlistDictionary::indexOf(QAnyStringView key) const
@@ -141,20 +146,33 @@ void PlistDictionary::reserve(qsizetype size)
 
 void PlistDictionary::insert(const PlistValue &key, PlistValue value)
 {
-    const qsizetype existing = indexOfKey(key);
-    if (existing >= 0) {
-        replaceAt(existing, std::move(value));
-        return;
-    }
     DictionaryNode &d = node();
-    d.entries.push_back({key, std::move(value)});
-    if (!d.indexed)
-        return;
-    if (d.entries.size() * 2 <= d.table.size()) {
-        place(d, d.entries.size() - 1, stringNode(key).hashValue());
+    if (d.entries.size() < kIndexThreshold) {
+        const qsizetype existing = indexOfKey(key);
+        if (existing >= 0) {
+            replaceAt(existing, std::move(value));
+            return;
+        }
+        d.entries.push_back({key, std::move(value)});
+        dropIndex(d);
         return;
     }
-    dropIndex(d); // rebuilt larger on the next lookup
+    if (!d.indexed || (d.entries.size() + 1) * 2 > d.table.size())
+        buildIndex(d, std::max(d.entries.capacity(), 2 * (d.entries.size() + 1)));
+    // One probe finds the key or the free slot it takes.
+    const StringNode &wanted = stringNode(key);
+    const quint32 hash = wanted.hashValue();
+    const size_t mask = d.table.size() - 1;
+    size_t slot = hash & mask;
+    for (; d.table[slot].entry != 0; slot = (slot + 1) & mask) {
+        const size_t i = d.table[slot].entry - 1;
+        if (d.table[slot].hash == hash && stringNode(d.entries[i].key).equals(wanted)) {
+            d.entries[i].value = std::move(value);
+            return;
+        }
+    }
+    d.entries.push_back({key, std::move(value)});
+    d.table[slot] = {quint32(d.entries.size()), hash};
 }
 
 void PlistDictionary::insertAt(qsizetype index, const PlistValue &key, PlistValue value)

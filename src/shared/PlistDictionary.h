@@ -64,6 +64,8 @@ private:
     /// Position of a key given as a string value: its cached hash, then its bytes.
     qsizetype indexOfKey(const PlistValue &key) const;
     void ensureIndex() const;
+    /// An index with room for `entries` entries at most half full.
+    static void buildIndex(plist_detail::DictionaryNode &d, size_t entries);
 
     PlistValue _value; // none, or a dictionary
 };

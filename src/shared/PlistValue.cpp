@@ -735,6 +735,11 @@ quint32 hashUnits(QAnyStringView view) noexcept
             mixUnits(v.utf16(), v.size());
         }
     });
+    // The index takes the low bits, which the multiplications above leave
+    // weak; spread the high bits down.
+    h ^= h >> 33;
+    h *= 0xff51afd7ed558ccdULL;
+    h ^= h >> 33;
     const auto folded = quint32(h ^ (h >> 32));
     return folded == 0 ? 1 : folded;
 }

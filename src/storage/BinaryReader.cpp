@@ -16,6 +16,7 @@ namespace {
 
 constexpr quint64 kHeaderSize = 8;
 constexpr quint64 kTrailerSize = 32;
+constexpr quint64 kShareMinimum = 64 * 1024; // data this large may share the file's bytes
 // A container referenced from several places comes out once per reference.
 // A file whose containers are not shared makes at most one value per byte of
 // references; this leaves room for honest sharing and stops a chain of arrays
@@ -130,8 +131,9 @@ bool isLowSurrogate(char16_t unit)
 class Parser
 {
 public:
-    explicit Parser(QByteArrayView bytes)
-        : _data(reinterpret_cast<const uchar *>(bytes.data())), _size(quint64(bytes.size()))
+    Parser(QByteArrayView bytes, const QByteArray *owner)
+        : _data(reinterpret_cast<const uchar *>(bytes.data())), _size(quint64(bytes.size())),
+          _owner(owner)
     {}
 
     ReadResult run();
@@ -168,10 +170,14 @@ private:
     bool readUid(quint64 offset, PlistValue &out);
     bool readSpecial(quint64 offset, PlistValue &out);
     bool fits(quint64 start, quint64 need) const { return need <= _tableOffset - start; }
+    bool sharesLargeData();
+    quint64 largeDataBytes() const;
     bool truncated(quint64 offset, const QString &what);
 
     const uchar *_data;
     quint64 _size;
+    const QByteArray *_owner; // may be null: the bytes cannot be shared
+    std::optional<bool> _sharesLargeData;
     quint64 _offsetSize = 0;
     quint64 _refSize = 0;
     quint64 _objectCount = 0;
@@ -597,9 +603,48 @@ bool Parser::readData(quint64 offset, PlistValue &out)
         return false;
     if (!fits(start, length))
         return truncated(offset, QStringLiteral("data of %1 bytes").arg(length));
+    if (length >= kShareMinimum && sharesLargeData()) {
+        QByteArray::DataPointer slice = QByteArray(*_owner).data_ptr(); // holds a reference
+        slice.ptr += start;
+        slice.size = qsizetype(length);
+        out = PlistValue::data(QByteArray(std::move(slice)));
+        return true;
+    }
     out = PlistValue::data(
         QByteArray(reinterpret_cast<const char *>(_data + start), qsizetype(length)));
     return true;
+}
+
+// Large data values share the file's bytes rather than copy them when they
+// make up most of the file, so that sharing never keeps much else alive.
+bool Parser::sharesLargeData()
+{
+    if (!_sharesLargeData)
+        _sharesLargeData = _owner && largeDataBytes() * 2 >= _size;
+    return *_sharesLargeData;
+}
+
+// The bytes of the file's data objects of kShareMinimum bytes or more, from
+// the offset table. Objects that do not check out count for nothing here; the
+// parse proper reports them.
+quint64 Parser::largeDataBytes() const
+{
+    quint64 total = 0;
+    for (quint64 i = 0; i < _objectCount; ++i) {
+        const quint64 offset = readBigEndian(_data + _tableOffset + i * _offsetSize, _offsetSize);
+        if (offset < kHeaderSize || offset >= _tableOffset || _data[offset] != 0x4F)
+            continue; // not data, or too short to need the long length
+        const quint64 at = offset + 1;
+        if (!fits(at, 1) || _data[at] >> 4 != 0x1 || (_data[at] & 0x0F) > 3)
+            continue;
+        const quint64 width = quint64(1) << (_data[at] & 0x0F);
+        if (!fits(at + 1, width))
+            continue;
+        const quint64 length = readBigEndian(_data + at + 1, width);
+        if (length >= kShareMinimum && fits(at + 1 + width, length))
+            total += length;
+    }
+    return total;
 }
 
 // Strings marked ASCII that hold UTF-8 are common in files from other tools.
@@ -680,5 +725,10 @@ bool BinaryReader::recognizes(QByteArrayView bytes)
 
 ReadResult BinaryReader::read(QByteArrayView bytes)
 {
-    return Parser(bytes).run();
+    return Parser(bytes, nullptr).run();
+}
+
+ReadResult BinaryReader::read(const QByteArray &bytes)
+{
+    return Parser(bytes, &bytes).run();
 }

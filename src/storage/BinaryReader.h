@@ -2,6 +2,7 @@
 
 #include "StorageResult.h"
 
+#include <QByteArray>
 #include <QByteArrayView>
 
 /// Reads one binary property list ("bplist00") held in memory; does not keep
@@ -30,4 +31,7 @@ public:
     static bool recognizes(QByteArrayView bytes);
     /// The top object with mutable containers, as format ADPlistFormatBinary.
     static ReadResult read(QByteArrayView bytes);
+    /// The same, but data values of 64 KB and more share `bytes` rather than
+    /// copy them, when such values make up at least half of it.
+    static ReadResult read(const QByteArray &bytes);
 };

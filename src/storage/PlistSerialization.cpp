@@ -20,6 +20,13 @@ ReadResult PlistSerialization::read(QByteArrayView bytes)
     return AsciiReader::read(bytes);
 }
 
+ReadResult PlistSerialization::read(const QByteArray &bytes)
+{
+    if (BinaryReader::recognizes(bytes))
+        return BinaryReader::read(bytes);
+    return read(QByteArrayView(bytes));
+}
+
 ReadResult PlistSerialization::readJson(QByteArrayView bytes)
 {
     return JsonReader::read(bytes);

@@ -2,6 +2,7 @@
 
 #include "StorageResult.h"
 
+#include <QByteArray>
 #include <QByteArrayView>
 
 /// The one way between bytes and plain values. Reading tells the formats
@@ -14,6 +15,8 @@ class PlistSerialization
 public:
     /// Binary, XML or old-style text, as the bytes say.
     static ReadResult read(QByteArrayView bytes);
+    /// The same; a binary file's large data values may share `bytes`.
+    static ReadResult read(const QByteArray &bytes);
     static ReadResult readJson(QByteArrayView bytes);
 
     /// Writes XML, binary, old-style text or JSON; `humanReadable` matters for

@@ -1,5 +1,6 @@
-#include "support/ValueBuilders.h"
 #include "storage/BinaryReader.h"
+#include "storage/BinaryWriter.h"
+#include "support/ValueBuilders.h"
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -225,6 +226,27 @@ TEST(BinaryReader, GivesEachReferenceToAContainerItsOwnCopy)
     EXPECT_FALSE(outer.at(0).isSameObject(outer.at(1)));
     outer.at(0).toArray().append(1);
     EXPECT_EQ(outer.at(1).toArray().count(), 1) << "an edit in one place showed in another";
+}
+
+// Large data may share the file's bytes; the values must not notice when the
+// caller reuses or drops its buffer, whether most of the file is data or not.
+TEST(BinaryReader, LargeDataOutlivesTheFileItCameFrom)
+{
+    QByteArray blob(300 * 1024, Qt::Uninitialized);
+    for (qsizetype i = 0; i < blob.size(); ++i)
+        blob[i] = char(i * 7 + i / 251);
+    for (const int padding : {0, 20000}) {
+        PlistArray items = arrayOf({PlistValue::data(blob), str("tail")}).toArray();
+        for (int i = 0; i < padding; ++i)
+            items.append(PlistValue(QStringLiteral("filler string number %1").arg(i)));
+        std::optional<QByteArray> file = BinaryWriter::write(items.value()).data;
+        const ReadResult result = BinaryReader::read(*file);
+        ASSERT_TRUE(result) << result.error.description().toStdString();
+        file->fill('\xEE');
+        file.reset();
+        EXPECT_EQ(result.value.toArray().at(0).toData(), blob) << padding;
+        EXPECT_TRUE(result.value.isIdenticalTo(items.value())) << padding;
+    }
 }
 
 TEST(BinaryReader, ReadsNesting100000DeepWithoutRecursion)
