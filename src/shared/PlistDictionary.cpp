@@ -144,6 +144,15 @@ void PlistDictionary::reserve(qsizetype size)
     node().entries.reserve(size_t(size));
 }
 
+void PlistDictionary::prefetch(const PlistValue &key) const noexcept
+{
+    const DictionaryNode &d = node();
+    if (!d.indexed)
+        return;
+    const size_t mask = d.table.size() - 1;
+    __builtin_prefetch(&d.table[stringNode(key).hashValue() & mask]);
+}
+
 void PlistDictionary::insert(const PlistValue &key, PlistValue value)
 {
     DictionaryNode &d = node();
@@ -173,6 +182,17 @@ void PlistDictionary::insert(const PlistValue &key, PlistValue value)
     }
     d.entries.push_back({key, std::move(value)});
     d.table[slot] = {quint32(d.entries.size()), hash};
+}
+
+void PlistDictionary::insertPairs(PlistValue *first, PlistValue *last)
+{
+    constexpr ptrdiff_t kAhead = 16; // pairs: about one cache miss's time
+    const ptrdiff_t pairs = (last - first) / 2;
+    for (ptrdiff_t i = 0; i < pairs; ++i) {
+        if (i + kAhead < pairs)
+            prefetch(first[2 * (i + kAhead)]);
+        insert(first[2 * i], std::move(first[2 * i + 1]));
+    }
 }
 
 void PlistDictionary::insertAt(qsizetype index, const PlistValue &key, PlistValue value)

@@ -31,9 +31,17 @@ public:
     const PlistValue &valueAt(qsizetype index) const noexcept;
 
     void reserve(qsizetype size);
+    /// A hint that `key` (a string) is about to be inserted: starts fetching
+    /// its place in the index, which in a dictionary of millions of keys is a
+    /// cache miss that the caller can overlap with reading the value.
+    void prefetch(const PlistValue &key) const noexcept;
     /// Sets the value of a key: in its place if present, else appended.
     void insert(const PlistValue &key, PlistValue value);
     void insert(const QString &key, PlistValue value) { insert(PlistValue(key), std::move(value)); }
+    /// Inserts keys and values given alternately from `first` to `last`, moving
+    /// the values out: `insert` for each pair, but it keeps the index's cache
+    /// misses of a dictionary of millions of keys going in parallel.
+    void insertPairs(PlistValue *first, PlistValue *last);
     /// Puts a key that is not present yet at `index`.
     void insertAt(qsizetype index, const PlistValue &key, PlistValue value);
     void replaceAt(qsizetype index, PlistValue value);

@@ -3,6 +3,7 @@
 // The heap side of PlistValue, shared by the value and its container handles.
 // Not part of any public interface.
 
+#include "HugePageAllocator.h"
 #include "PlistValue.h"
 
 #include <QByteArray>
@@ -71,7 +72,7 @@ struct DictionaryNode : PlistNode
         quint32 entry; // entry position + 1; 0 is an empty slot
         quint32 hash;  // the key's, compared before its text
     };
-    mutable std::vector<Slot> table;
+    mutable std::vector<Slot, HugePageAllocator<Slot>> table;
     mutable bool indexed = false;
 };
 

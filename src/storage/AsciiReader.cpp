@@ -402,8 +402,7 @@ Parser::Step Parser::close(PlistValue &out)
         out = array;
     } else {
         PlistDictionary dictionary = PlistDictionary::create(count / 2);
-        for (auto entry = first; entry != _values.end(); entry += 2)
-            dictionary.insert(entry[0], std::move(entry[1]));
+        dictionary.insertPairs(&*first, _values.data() + _values.size());
         out = dictionary;
     }
     _values.erase(first, _values.end());

@@ -300,8 +300,7 @@ Parser::Step Parser::close(PlistValue &out)
     const auto count = qsizetype(_values.size() - frame.base);
     if (frame.isObject) {
         PlistDictionary dictionary = PlistDictionary::create(count / 2);
-        for (auto member = first; member != _values.end(); member += 2)
-            dictionary.insert(member[0], std::move(member[1]));
+        dictionary.insertPairs(&*first, _values.data() + _values.size());
         out = dictionary;
     } else {
         PlistArray array = PlistArray::create(count);

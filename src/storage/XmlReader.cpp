@@ -370,9 +370,9 @@ struct Frame
     Element element;
     const char *openedAt;
     PlistArray array;
-    PlistDictionary dict;
-    PlistValue key;  // Dict: the key waiting for its value
-    PlistValue held; // Plist: its one value
+    size_t pairsFrom = 0; // Dict: where its keys and values start in the reader's pairs
+    PlistValue key;       // Dict: the key waiting for its value
+    PlistValue held;      // Plist: its one value
 };
 
 /// One pass over one UTF-8 document held by the caller: the prolog, the
@@ -971,7 +971,8 @@ private:
             top.array.append(std::move(value));
             break;
         case Element::Dict:
-            top.dict.insert(top.key, std::move(value));
+            _pairs.push_back(std::move(top.key));
+            _pairs.push_back(std::move(value));
             top.key = PlistValue();
             break;
         default:
@@ -1023,8 +1024,7 @@ private:
             if (tag.empty)
                 deliver(PlistDictionary::create());
             else
-                _stack.push_back(
-                    {Element::Dict, tag.at, {}, PlistDictionary::create(sizeHint()), {}, {}});
+                _stack.push_back({Element::Dict, tag.at, {}, _pairs.size(), {}, {}});
             return true;
         case Element::Array:
             if (tag.empty)
@@ -1048,8 +1048,8 @@ private:
         }
     }
 
-    // Siblings tend to be alike (records in an array), so a new container
-    // reserves what the last one closed at its depth held, within reason.
+    // Siblings tend to be alike (records in an array), so a new array
+    // reserves what the last container closed at its depth held, within reason.
     qsizetype sizeHint() const
     {
         const size_t depth = _stack.size();
@@ -1063,6 +1063,18 @@ private:
         if (depth >= _sizeHints.size())
             _sizeHints.resize(depth + 1);
         _sizeHints[depth] = std::min(count, kMaxHint);
+    }
+
+    // The dictionary of the keys and values delivered to `top`, which it takes
+    // off the pairs; made at the end, when its size is known.
+    PlistDictionary closedDictionary(const Frame &top)
+    {
+        PlistValue *first = _pairs.data() + top.pairsFrom;
+        PlistDictionary dict =
+            PlistDictionary::create(qsizetype(_pairs.size() - top.pairsFrom) / 2);
+        dict.insertPairs(first, _pairs.data() + _pairs.size());
+        _pairs.resize(top.pairsFrom);
+        return dict;
     }
 
     // A dictionary of just "CF$UID" and a non-negative integer is a keyed-archiver UID.
@@ -1091,12 +1103,18 @@ private:
                                 .arg(top.key.toString(), tagText(name, true)));
         if (top.element == Element::Plist && top.held.isNone())
             return fail(at, QStringLiteral("<plist> holds no value"));
-        PlistValue value = top.element == Element::Array  ? PlistValue(top.array)
-                           : top.element == Element::Dict ? finishDictionary(top.dict)
-                                                          : std::move(top.held);
-        const qsizetype count = top.element == Element::Array  ? top.array.count()
-                                : top.element == Element::Dict ? top.dict.count()
-                                                               : 0;
+        qsizetype count = 0;
+        PlistValue value;
+        if (top.element == Element::Array) {
+            count = top.array.count();
+            value = top.array;
+        } else if (top.element == Element::Dict) {
+            const PlistDictionary dict = closedDictionary(top);
+            count = dict.count();
+            value = finishDictionary(dict);
+        } else {
+            value = std::move(top.held);
+        }
         _stack.pop_back();
         rememberSize(count);
         deliver(std::move(value));
@@ -1156,6 +1174,7 @@ private:
     bool _done = false;
     StringCache _strings;
     std::vector<qsizetype> _sizeHints; // the count of the last container closed at each depth
+    std::vector<PlistValue> _pairs;    // keys and values of the open dictionaries
     std::string _scratch;              // text with references, reused
     std::u16string _wide;              // non-ASCII text as UTF-16, reused
     ReadError _error;

@@ -1,7 +1,7 @@
-#include "support/ValueBuilders.h"
 #include "shared/PlistValue.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "support/ValueBuilders.h"
 
 #include <QStringList>
 
@@ -209,6 +209,27 @@ TEST(PlistDictionary, FindsKeysInLargeDictionariesAfterMoves)
     }
     EXPECT_EQ(d.indexOf(u"key0"), -1);
     EXPECT_EQ(d.valueAt(d.indexOf(u"inserted")).toInteger(), 0);
+}
+
+// What readers rely on: a repeated key keeps its first place and its last
+// value, at every size, reserved or not.
+TEST(PlistDictionary, InsertsPairsLikeSingleInserts)
+{
+    for (const qsizetype reserve : {0, 3000}) {
+        std::vector<PlistValue> pairs;
+        for (int i = 0; i < 3000; ++i) {
+            pairs.push_back(PlistValue(QStringLiteral("k%1").arg(i % 1000)));
+            pairs.push_back(PlistValue(i));
+        }
+        PlistDictionary d = PlistDictionary::create(reserve);
+        d.insertPairs(pairs.data(), pairs.data() + pairs.size());
+        ASSERT_EQ(d.count(), 1000);
+        for (const int k : {0, 7, 8, 999}) {
+            EXPECT_EQ(d.keyAt(k), QStringLiteral("k%1").arg(k));
+            EXPECT_EQ(d.valueAt(k).toInteger(), 2000 + k);
+            EXPECT_EQ(d.indexOf(QStringLiteral("k%1").arg(k)), k);
+        }
+    }
 }
 
 TEST(PlistValue, HandlesDeepNestingWithoutRecursion)
