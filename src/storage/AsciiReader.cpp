@@ -2,7 +2,7 @@
 
 #include "AsciiDate.h"
 #include "JsonEncoding.h"
-#include "JsonStringCache.h"
+#include "StringCache.h"
 #include "TextPosition.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -230,7 +230,7 @@ private:
     const char *const _end;
     std::vector<Frame> _stack;
     std::vector<PlistValue> _values;
-    JsonStringCache _strings;
+    StringCache _strings;
     std::u16string _buffer; // the units of a string being decoded
     const char *_errorAt = nullptr;
     QString _error;

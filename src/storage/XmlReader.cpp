@@ -1,5 +1,7 @@
 #include "XmlReader.h"
 
+#include "StringCache.h"
+
 #include "TextPosition.h"
 #include "XmlBase64.h"
 #include "XmlDate.h"
@@ -273,77 +275,6 @@ bool parseReal(QByteArrayView text, double &value)
         value = std::numeric_limits<double>::quiet_NaN();
     return true;
 }
-
-/// Short ASCII strings read lately, so that keys repeated from record to
-/// record (and common values) share one string instead of each allocating
-/// its own. A slot keeps its bytes as words, so a lookup touches no string.
-class StringCache
-{
-public:
-    static constexpr qsizetype kMaxLength = 24;
-
-    PlistValue get(const char *bytes, qsizetype size)
-    {
-        if (size > kMaxLength)
-            return PlistValue::fromLatin1(bytes, size);
-        const Words words = wordsOf(bytes, size);
-        Slot &slot = _slots[slotFor(words)];
-        if (slot.words == words)
-            return slot.value;
-        slot.value = PlistValue::fromLatin1(bytes, size);
-        slot.words = words;
-        return slot.value;
-    }
-
-private:
-    static constexpr int kSlotBits = 9;
-
-    // Up to 24 bytes as words that tell any two such strings apart.
-    struct Words
-    {
-        quint64 head = 0, middle = 0, tail = 0;
-        qsizetype size = -1;
-        bool operator==(const Words &) const = default;
-    };
-
-    struct Slot
-    {
-        Words words;
-        PlistValue value;
-    };
-
-    static quint64 load(const char *p)
-    {
-        quint64 word;
-        std::memcpy(&word, p, 8);
-        return word;
-    }
-
-    static Words wordsOf(const char *p, qsizetype size)
-    {
-        Words w;
-        w.size = size;
-        if (size < 8) {
-            for (qsizetype i = 0; i < size; ++i)
-                w.head |= quint64(static_cast<unsigned char>(p[i])) << (8 * i);
-            return w;
-        }
-        w.head = load(p);
-        w.tail = load(p + size - 8);
-        if (size > 16)
-            w.middle = load(p + 8);
-        return w;
-    }
-
-    static size_t slotFor(const Words &w)
-    {
-        const quint64 h = (w.head * 0x9E3779B97F4A7C15ull) ^ (w.tail * 0xC2B2AE3D27D4EB4Full) ^
-                          (w.middle * 0x165667B19E3779F9ull) ^ quint64(w.size);
-        return size_t((h * 0x9E3779B97F4A7C15ull) >> (64 - kSlotBits));
-    }
-
-    std::array<Slot, size_t(1) << kSlotBits> _slots;
-};
 
 /// A start tag as read: where it began, its name, and whether it was empty (`<x/>`).
 struct Tag
@@ -869,7 +800,7 @@ private:
         if (quint64(text.bytes.size()) > std::numeric_limits<quint32>::max())
             return fail(text.at, QStringLiteral("a string longer than 4 GB"));
         if (text.ascii) {
-            value = _strings.get(text.bytes.data(), text.bytes.size());
+            value = _strings.ascii(text.bytes.data(), text.bytes.size());
             return true;
         }
         _wide.resize(size_t(text.bytes.size()));

@@ -10,8 +10,8 @@
 /// `isSameObject`; it saves an allocation and the memory of a copy each.
 /// A small direct-mapped table: a string whose slot holds another simply
 /// takes the slot. A slot keeps its bytes as words, so a lookup touches no
-/// string node. Used by the JSON and old-style readers; one per parse.
-class JsonStringCache
+/// string node. Used by the text readers; one per parse.
+class StringCache
 {
 public:
     /// The string value of `size` ASCII bytes.

@@ -1,4 +1,4 @@
-#include "JsonStringCache.h"
+#include "StringCache.h"
 
 #include <cstring>
 
@@ -13,7 +13,7 @@ quint64 load(const char *p)
 
 } // namespace
 
-inline JsonStringCache::Words JsonStringCache::wordsOf(const char *bytes, qsizetype size)
+inline StringCache::Words StringCache::wordsOf(const char *bytes, qsizetype size)
 {
     Words words;
     words.size = size;
@@ -29,14 +29,14 @@ inline JsonStringCache::Words JsonStringCache::wordsOf(const char *bytes, qsizet
     return words;
 }
 
-inline size_t JsonStringCache::slotFor(const Words &words)
+inline size_t StringCache::slotFor(const Words &words)
 {
     const quint64 h = (words.head * 0x9E3779B97F4A7C15ull) ^ (words.tail * 0xC2B2AE3D27D4EB4Full) ^
                       (words.middle * 0x165667B19E3779F9ull) ^ quint64(words.size);
     return size_t((h * 0x9E3779B97F4A7C15ull) >> (64 - kSlotBits));
 }
 
-PlistValue JsonStringCache::ascii(const char *bytes, qsizetype size)
+PlistValue StringCache::ascii(const char *bytes, qsizetype size)
 {
     if (size > kLongest)
         return PlistValue::fromLatin1(bytes, size);
