@@ -197,6 +197,17 @@ public:
     /// A null QString for containers, data, null, UIDs and none.
     QString displayString() const;
 
+    /// A copy of a value that no other thread can see yet, such as one a reader
+    /// is still building: counts the reference without an atomic instruction,
+    /// which costs as much as making a small string. Publishing the value
+    /// later (a queued signal, a future) makes it safe to share as usual.
+    PlistValue unpublishedCopy() const noexcept
+    {
+        if (plist_detail::PlistNode *n = node())
+            n->ref.store(n->ref.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+        return PlistValue(_bits, AdoptBits{});
+    }
+
     /// A deep copy: every array and dictionary new and mutable, leaves shared.
     PlistValue kz_copyMutableContainers() const;
 
@@ -204,6 +215,9 @@ private:
     friend class PlistArray;
     friend class PlistDictionary;
     explicit PlistValue(plist_detail::PlistNode *node) noexcept;
+    struct AdoptBits
+    {};
+    PlistValue(quintptr bits, AdoptBits) noexcept : _bits(bits) {}
     plist_detail::PlistNode *node() const noexcept
     {
         return tag() == 0 ? reinterpret_cast<plist_detail::PlistNode *>(_bits) : nullptr;

@@ -112,7 +112,7 @@ bool isAscii(const uchar *p, quint64 n)
 // A kept leaf is copied; one just read is moved.
 PlistValue take(const PlistValue *value, PlistValue &fresh)
 {
-    return value == &fresh ? std::move(fresh) : *value;
+    return value == &fresh ? std::move(fresh) : value->unpublishedCopy();
 }
 
 bool isHighSurrogate(char16_t unit)
@@ -146,7 +146,8 @@ private:
         quint64 refs = 0;           // offset of the first reference
         quint64 count = 0;
         quint64 next = 0;
-        quint64 object = 0; // marked as on the path while open
+        quint64 object = 0;   // marked as on the path while open
+        size_t pairsFrom = 0; // a dictionary's keys and values so far, in _pairs
     };
 
     bool fail(quint64 offset, const QString &message);
@@ -187,7 +188,8 @@ private:
     std::vector<quint8> _state;      // by object index: kOnPath, kSeen
     std::vector<PlistValue> _leaves; // by object index, once some leaf is met twice
     std::vector<Frame> _stack;
-    std::optional<Frame> _opened; // a container made by the last step, to push next
+    std::vector<PlistValue> _pairs; // keys and values of the open dictionaries
+    std::optional<Frame> _opened;   // a container made by the last step, to push next
     std::vector<char16_t> _units;
     ReadError _error;
 };
@@ -290,6 +292,8 @@ ReadResult Parser::run()
     const PlistValue root = take(top, fresh);
     while (true) {
         if (_opened) {
+            // Its pairs start after those of the entry that holds it.
+            _opened->pairsFrom = _pairs.size();
             _stack.push_back(std::move(*_opened));
             _opened.reset();
         }
@@ -297,6 +301,11 @@ ReadResult Parser::run()
             break;
         Frame &frame = _stack.back();
         if (frame.next == frame.count) {
+            if (!frame.dictionary.isNull()) {
+                frame.dictionary.insertPairs(_pairs.data() + frame.pairsFrom,
+                                             _pairs.data() + _pairs.size());
+                _pairs.resize(frame.pairsFrom);
+            }
             _state[frame.object] &= ~kOnPath;
             _stack.pop_back();
             continue;
@@ -322,7 +331,9 @@ bool Parser::step(Frame &frame)
         if (!readKey(frame.refs + i * _refSize, freshKey, key) || !readReference(valueAt, object) ||
             !resolve(object, valueAt, fresh, value))
             return false;
-        frame.dictionary.insert(*key, take(value, fresh));
+        // Inserted when the dictionary is complete, all at once.
+        _pairs.push_back(take(key, freshKey));
+        _pairs.push_back(take(value, fresh));
         return true;
     }
     const quint64 at = frame.refs + i * _refSize;
@@ -391,7 +402,7 @@ void Parser::remember(quint64 object, const PlistValue &leaf)
     }
     if (_leaves.empty())
         _leaves.resize(_objectCount);
-    _leaves[object] = leaf;
+    _leaves[object] = leaf.unpublishedCopy();
 }
 
 // Keys are strings. Integer keys, which some writers emit, become their

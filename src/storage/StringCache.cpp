@@ -43,8 +43,8 @@ PlistValue StringCache::ascii(const char *bytes, qsizetype size)
     const Words words = wordsOf(bytes, size);
     Slot &slot = _slots[slotFor(words)];
     if (slot.words == words)
-        return slot.value;
+        return slot.value.unpublishedCopy();
     slot.value = PlistValue::fromLatin1(bytes, size);
     slot.words = words;
-    return slot.value;
+    return slot.value.unpublishedCopy();
 }
