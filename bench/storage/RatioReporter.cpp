@@ -1,5 +1,6 @@
 #include "RatioReporter.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
 #include <vector>
@@ -28,8 +29,12 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
     ConsoleReporter::ReportRuns(runs);
     for (const Run &run : runs) {
         const auto it = run.counters.find("bytes_per_second");
-        if (run.run_type == Run::RT_Iteration && it != run.counters.end())
-            _mbPerSecond[run.run_name.function_name] = it->second.value / 1e6;
+        if (run.run_type != Run::RT_Iteration || it == run.counters.end())
+            continue;
+        _mbPerSecond[run.run_name.function_name] = it->second.value / 1e6;
+        _seconds[run.run_name.function_name] =
+            run.real_accumulated_time /
+            double(std::max<benchmark::IterationCount>(1, run.iterations));
     }
 }
 
@@ -49,8 +54,11 @@ void RatioReporter::Finalize()
         }
         const std::string xml = p[0] + "/xmlsafe/" + p[2] + "/" + p[3] + "/ours";
         if (const auto base = _mbPerSecond.find(xml);
-            base != _mbPerSecond.end() && p[1] != "xmlsafe")
+            base != _mbPerSecond.end() && p[1] != "xmlsafe") {
             printRow(label + " vs our xml", ours, base->second);
+            // Reads of the same value per second, in the MB/s columns.
+            printRow(label + " vs xml, reads/s", 1 / _seconds[name], 1 / _seconds[xml]);
+        }
     }
     // Linear means the large file reads about as fast as the small one.
     for (const auto &[name, large] : _mbPerSecond) {
