@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
@@ -17,6 +18,14 @@ std::size_t roundedUp(std::size_t bytes)
 }
 
 } // namespace
+
+void adviseHugePages(void *buffer, std::size_t bytes) noexcept
+{
+    const auto from = (reinterpret_cast<std::uintptr_t>(buffer) + kHugePage - 1) / kHugePage;
+    const auto to = (reinterpret_cast<std::uintptr_t>(buffer) + bytes) / kHugePage;
+    if (to > from)
+        madvise(reinterpret_cast<void *>(from * kHugePage), (to - from) * kHugePage, MADV_HUGEPAGE);
+}
 
 void *allocateHugePageBytes(std::size_t bytes)
 {

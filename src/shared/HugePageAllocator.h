@@ -4,6 +4,11 @@
 
 namespace plist_detail {
 
+/// Asks for huge pages in the untouched part of a big buffer about to be
+/// filled (decoded data, a file being written): a hundred megabytes then
+/// take fifty page faults rather than twenty-five thousand. Harmless on
+/// small buffers, which it leaves alone.
+void adviseHugePages(void *buffer, std::size_t bytes) noexcept;
 void *allocateHugePageBytes(std::size_t bytes);
 void freeHugePageBytes(void *p, std::size_t bytes) noexcept;
 

@@ -1,5 +1,6 @@
 #include "BinaryReader.h"
 
+#include "shared/HugePageAllocator.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
@@ -621,8 +622,10 @@ bool Parser::readData(quint64 offset, PlistValue &out)
         out = PlistValue::data(QByteArray(std::move(slice)));
         return true;
     }
-    out = PlistValue::data(
-        QByteArray(reinterpret_cast<const char *>(_data + start), qsizetype(length)));
+    QByteArray bytes(qsizetype(length), Qt::Uninitialized);
+    plist_detail::adviseHugePages(bytes.data(), size_t(length));
+    std::memcpy(bytes.data(), _data + start, size_t(length));
+    out = PlistValue::data(bytes);
     return true;
 }
 

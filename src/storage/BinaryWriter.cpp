@@ -1,5 +1,6 @@
 #include "BinaryWriter.h"
 
+#include "shared/HugePageAllocator.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
@@ -445,6 +446,7 @@ QByteArray Writer::layOut()
     const quint64 total = tableOffset + objectCount * quint64(offsetSize) + kTrailerSize;
     QByteArray file(qsizetype(total), Qt::Uninitialized);
     char *const begin = file.data();
+    plist_detail::adviseHugePages(begin, size_t(total));
     char *table = begin + tableOffset;
     std::memcpy(begin, "bplist00", kHeaderSize);
     _cursor = begin + kHeaderSize;

@@ -1,4 +1,5 @@
 #include "XmlBase64.h"
+#include "shared/HugePageAllocator.h"
 
 #include <array>
 #include <bit>
@@ -114,6 +115,7 @@ bool XmlBase64::decode(QByteArrayView text, QByteArray &out, qsizetype &errorAt)
     const qsizetype size = text.size();
     out.resize(size / 4 * 3 + 3);
     char *const begin = out.data();
+    plist_detail::adviseHugePages(begin, size_t(out.size()));
     char *o = begin;
     Tail tail;
     qsizetype i = 0;

@@ -2,6 +2,7 @@
 
 #include "XmlBase64.h"
 #include "XmlDate.h"
+#include "shared/HugePageAllocator.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
@@ -45,8 +46,10 @@ public:
     // Room for `n` more bytes at the returned pointer; `commit` says how many were used.
     char *reserve(qsizetype n)
     {
-        if (n > _bytes.size() - _used)
+        if (n > _bytes.size() - _used) {
             _bytes.resize(std::max(_bytes.size() * 2, _used + n));
+            plist_detail::adviseHugePages(_bytes.data() + _used, size_t(_bytes.size() - _used));
+        }
         return _bytes.data() + _used;
     }
     void commit(char *end) { _used = end - _bytes.data(); }
