@@ -705,34 +705,71 @@ bool StringNode::equals(const StringNode &other) const noexcept
     return std::memcmp(this + 1, &other + 1, size_t(length) * (wide ? 2 : 1)) == 0;
 }
 
+namespace {
+
+quint64 mixWord(quint64 h, quint64 word) noexcept
+{
+    h = (h ^ word) * 0x100000001b3ULL;
+    return h ^ (h >> 29);
+}
+
+// Eight units a step, for text whose every unit fits in a byte: how a string
+// node stores it, and how a UTF-16 view of the same text is hashed.
+template <typename Unit> quint64 hashNarrow(const Unit *units, qsizetype size) noexcept
+{
+    quint64 h = 0xcbf29ce484222325ULL;
+    qsizetype i = 0;
+    for (; i + 8 <= size; i += 8) {
+        quint64 word = 0;
+        if constexpr (sizeof(Unit) == 1 && std::endian::native == std::endian::little) {
+            std::memcpy(&word, units + i, 8);
+        } else {
+            for (int k = 0; k < 8; ++k)
+                word |= quint64(units[i + k] & 0xFF) << (8 * k);
+        }
+        h = mixWord(h, word);
+    }
+    quint64 tail = 0;
+    for (int shift = 0; i < size; ++i, shift += 8)
+        tail |= quint64(units[i] & 0xFF) << shift;
+    return mixWord(h, tail ^ (quint64(size) << 56));
+}
+
+// Four units a step, for text with a unit beyond Latin-1.
+quint64 hashWide(const char16_t *units, qsizetype size) noexcept
+{
+    quint64 h = 0x84222325cbf29ce4ULL;
+    qsizetype i = 0;
+    for (; i + 4 <= size; i += 4) {
+        h = mixWord(h, quint64(units[i]) | quint64(units[i + 1]) << 16 |
+                           quint64(units[i + 2]) << 32 | quint64(units[i + 3]) << 48);
+    }
+    quint64 tail = 0;
+    for (int shift = 0; i < size; ++i, shift += 16)
+        tail |= quint64(units[i]) << shift;
+    return mixWord(h, tail ^ (quint64(size) << 56));
+}
+
+quint64 hashUtf16(const char16_t *units, qsizetype size) noexcept
+{
+    const bool narrow = std::all_of(units, units + size, [](char16_t u) { return u < 0x100; });
+    return narrow ? hashNarrow(units, size) : hashWide(units, size);
+}
+
+} // namespace
+
 quint32 hashUnits(QAnyStringView view) noexcept
 {
-    // Four UTF-16 units a step, packed alike from Latin-1 and UTF-16 storage,
-    // so equal text hashes equally whichever way it is stored. Never 0, which
-    // marks "not computed".
-    quint64 h = 0xcbf29ce484222325ULL;
-    auto mixUnits = [&h](const auto *units, qsizetype size) {
-        qsizetype i = 0;
-        for (; i + 4 <= size; i += 4) {
-            const quint64 word = quint64(quint16(units[i])) | quint64(quint16(units[i + 1])) << 16 |
-                                 quint64(quint16(units[i + 2])) << 32 |
-                                 quint64(quint16(units[i + 3])) << 48;
-            h = (h ^ word) * 0x100000001b3ULL;
-            h ^= h >> 29;
-        }
-        quint64 tail = 0;
-        for (int shift = 0; i < size; ++i, shift += 16)
-            tail |= quint64(quint16(units[i])) << shift;
-        h = (h ^ tail ^ (quint64(size) << 56)) * 0x100000001b3ULL;
-    };
-    view.visit([&mixUnits](auto v) {
+    // Equal text hashes equally whichever way it is stored or viewed. Never
+    // 0, which marks "not computed".
+    quint64 h = view.visit([](auto v) {
         if constexpr (std::is_same_v<decltype(v), QUtf8StringView>) {
             const QString text = v.toString();
-            mixUnits(reinterpret_cast<const char16_t *>(text.utf16()), text.size());
+            return hashUtf16(reinterpret_cast<const char16_t *>(text.utf16()), text.size());
         } else if constexpr (std::is_same_v<decltype(v), QLatin1StringView>) {
-            mixUnits(reinterpret_cast<const unsigned char *>(v.data()), v.size());
+            return hashNarrow(reinterpret_cast<const unsigned char *>(v.data()), v.size());
         } else {
-            mixUnits(v.utf16(), v.size());
+            return hashUtf16(v.utf16(), v.size());
         }
     });
     // The index takes the low bits, which the multiplications above leave

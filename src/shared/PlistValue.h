@@ -197,6 +197,14 @@ public:
     /// A null QString for containers, data, null, UIDs and none.
     QString displayString() const;
 
+    /// A hint that this value will be read soon: for walks over trees too big
+    /// for the cache, a few steps ahead.
+    void prefetch() const noexcept
+    {
+        if (const plist_detail::PlistNode *n = node())
+            __builtin_prefetch(n);
+    }
+
     /// A copy of a value that no other thread can see yet, such as one a reader
     /// is still building: counts the reference without an atomic instruction,
     /// which costs as much as making a small string. Publishing the value

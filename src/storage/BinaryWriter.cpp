@@ -25,6 +25,10 @@ constexpr quint64 kMaxObjects = std::numeric_limits<quint32>::max() - 1;
 // container that holds itself nests without end, so it always gets this deep,
 // and shallow documents pay nothing for the check.
 constexpr size_t kCycleCheckDepth = 256;
+
+// Values this far ahead are fetched from memory while these are numbered.
+constexpr qsizetype kAhead = 8;
+
 // Long strings and data are hashed by their length, head and tail, so that
 // sharing them costs little more than copying them. Blocks that differ only
 // inside then meet in the table; after this many such near misses a leaf is
@@ -301,6 +305,9 @@ bool Writer::flatten(const PlistValue &top)
         }
         const qsizetype i = frame.next++;
         const bool isArray = !frame.array.isNull();
+        if (i + kAhead < frame.count)
+            (isArray ? frame.array.at(i + kAhead) : frame.dictionary.valueAt(i + kAhead))
+                .prefetch();
         const PlistValue &child = isArray ? frame.array.at(i) : frame.dictionary.valueAt(i);
         const quint64 slot = frame.firstRef + quint64(isArray ? i : frame.count + i);
         if (!number(child, index)) // may push, which moves `frame`
@@ -343,6 +350,8 @@ bool Writer::open(const PlistValue &value, quint32 &index)
     _refs.resize(_refs.size() + refs);
     _fixedBytes += headerSize(quint64(frame.count));
     for (qsizetype i = 0; !frame.dictionary.isNull() && i < frame.count; ++i) {
+        if (i + kAhead < frame.count)
+            frame.dictionary.keyValueAt(i + kAhead).prefetch();
         quint32 key = 0;
         if (!leafIndex(frame.dictionary.keyValueAt(i), key))
             return false;

@@ -213,6 +213,7 @@ public:
                 continue;
             }
             const qsizetype i = frame.next++;
+            prefetch(frame, i + kAhead);
             const int indent = std::min(frame.indent + 1, kMaxIndent);
             // `frame` may move once a child container is pushed.
             const bool ok = frame.dict.isNull() ? value(frame.array.at(i), indent)
@@ -236,6 +237,21 @@ private:
         qsizetype count;
         int indent;
     };
+
+    // Entries this far ahead are fetched from memory while these are written.
+    static constexpr qsizetype kAhead = 8;
+
+    static void prefetch(const Frame &frame, qsizetype i)
+    {
+        if (i >= frame.count)
+            return;
+        if (frame.dict.isNull()) {
+            frame.array.at(i).prefetch();
+            return;
+        }
+        frame.dict.keyValueAt(i).prefetch();
+        frame.dict.valueAt(i).prefetch();
+    }
 
     bool entry(const PlistDictionary &dict, qsizetype i, int indent)
     {

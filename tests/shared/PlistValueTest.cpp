@@ -192,8 +192,13 @@ TEST(PlistDictionary, FindsKeysInLargeDictionariesAfterMoves)
     d.insert(QStringLiteral("caf\u00e9\u2603"), PlistValue(-1));
     EXPECT_EQ(d.indexOf(u"key4999"), 4999);
     EXPECT_EQ(d.indexOf(QLatin1StringView("key17")), 17);
+    EXPECT_EQ(d.indexOf(QUtf8StringView("key123")), 123);
+    EXPECT_EQ(d.indexOf(QUtf8StringView("caf\xc3\xa9\xe2\x98\x83")), n);
     EXPECT_EQ(d.value(QStringLiteral("caf\u00e9\u2603")).toInteger(), -1);
     EXPECT_EQ(d.indexOf(u"key5000"), -1);
+    d.insert(PlistValue(QLatin1StringView("na\xEFve")), PlistValue(7)); // stored as Latin-1
+    EXPECT_EQ(d.indexOf(u"na\u00efve"), n + 1);
+    EXPECT_EQ(d.indexOf(QUtf8StringView("na\xc3\xafve")), n + 1);
 
     d.removeAt(0);
     d.insertAt(10, str("inserted"), PlistValue(0));
