@@ -46,10 +46,8 @@ public:
     // Room for `n` more bytes at the returned pointer; `commit` says how many were used.
     char *reserve(qsizetype n)
     {
-        if (n > _bytes.size() - _used) {
-            _bytes.resize(std::max(_bytes.size() * 2, _used + n));
-            plist_detail::adviseHugePages(_bytes.data() + _used, size_t(_bytes.size() - _used));
-        }
+        if (n > _bytes.size() - _used)
+            grow(std::max(_bytes.size() * 2, _used + n));
         return _bytes.data() + _used;
     }
     void commit(char *end) { _used = end - _bytes.data(); }
@@ -58,6 +56,15 @@ public:
         char *p = reserve(s.size());
         std::memcpy(p, s.data(), size_t(s.size()));
         _used += s.size();
+    }
+    // A new buffer rather than a reallocation, so that a big one gets huge
+    // pages before anything touches it.
+    void grow(qsizetype size)
+    {
+        QByteArray bigger(size, Qt::Uninitialized);
+        plist_detail::adviseHugePages(bigger.data(), size_t(size));
+        std::memcpy(bigger.data(), _bytes.constData(), size_t(_used));
+        _bytes.swap(bigger);
     }
     QByteArray take()
     {
