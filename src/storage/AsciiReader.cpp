@@ -2,6 +2,7 @@
 
 #include "AsciiDate.h"
 #include "JsonEncoding.h"
+#include "PlainTextScan.h"
 #include "StringCache.h"
 #include "TextPosition.h"
 #include "shared/PlistArray.h"
@@ -14,10 +15,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 namespace {
 
@@ -66,29 +63,6 @@ bool isUnquotedAt(const char *p, const char *end)
 bool isBlank(char c)
 {
     return kClasses[uchar(c)] & kBlank;
-}
-
-// The first quote, backslash, NUL or byte beyond ASCII at or after `p`, or `end`.
-const char *scanQuoted(const char *p, const char *end, char quote)
-{
-#ifdef __SSE2__
-    const __m128i quotes = _mm_set1_epi8(quote);
-    const __m128i backslash = _mm_set1_epi8('\\');
-    const __m128i zero = _mm_setzero_si128();
-    while (end - p >= 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-        const __m128i stops =
-            _mm_or_si128(_mm_or_si128(v, _mm_cmpeq_epi8(v, zero)),
-                         _mm_or_si128(_mm_cmpeq_epi8(v, quotes), _mm_cmpeq_epi8(v, backslash)));
-        const int mask = _mm_movemask_epi8(stops);
-        if (mask != 0)
-            return p + __builtin_ctz(unsigned(mask));
-        p += 16;
-    }
-#endif
-    while (p < end && *p != quote && *p != '\\' && *p != 0 && uchar(*p) < 0x80)
-        ++p;
-    return p;
 }
 
 int hexValue(char c)
@@ -493,7 +467,7 @@ Parser::Step Parser::readQuoted(PlistValue &out)
     const char quote = *_p;
     const char *start = _p++;
     const char *run = _p;
-    _p = scanQuoted(_p, _end, quote);
+    _p = PlainTextScan::find(_p, _end, quote, 1);
     if (_p < _end && *_p == quote) {
         out = _strings.ascii(run, _p - run);
         ++_p;
@@ -527,7 +501,7 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
             return Step::Failed;
         }
         run = _p;
-        _p = scanQuoted(_p, _end, quote);
+        _p = PlainTextScan::find(_p, _end, quote, 1);
     }
 }
 

@@ -1,12 +1,12 @@
 #include "JsonReader.h"
 
 #include "JsonEncoding.h"
+#include "PlainTextScan.h"
 #include "StringCache.h"
 #include "TextPosition.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
-#include <array>
 #include <charconv>
 #include <cstring>
 #include <limits>
@@ -14,51 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 namespace {
-
-// Bytes that end a plain ASCII run in a string: the quote, a backslash, the
-// control characters (which must be escaped) and every byte beyond ASCII.
-constexpr std::array<bool, 256> makeStringStops()
-{
-    std::array<bool, 256> stops{};
-    for (int c = 0; c < 0x20; ++c)
-        stops[c] = true;
-    for (int c = 0x80; c < 0x100; ++c)
-        stops[c] = true;
-    stops['"'] = true;
-    stops['\\'] = true;
-    return stops;
-}
-
-constexpr std::array<bool, 256> kStringStops = makeStringStops();
-
-// The first string stop at or after `p`, or `end`.
-const char *scanString(const char *p, const char *end)
-{
-#ifdef __SSE2__
-    const __m128i quote = _mm_set1_epi8('"');
-    const __m128i backslash = _mm_set1_epi8('\\');
-    const __m128i space = _mm_set1_epi8(' ');
-    while (end - p >= 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-        // Signed, bytes beyond ASCII are below ' ' too.
-        const __m128i stops =
-            _mm_or_si128(_mm_cmplt_epi8(v, space),
-                         _mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, backslash)));
-        const int mask = _mm_movemask_epi8(stops);
-        if (mask != 0)
-            return p + __builtin_ctz(unsigned(mask));
-        p += 16;
-    }
-#endif
-    while (p < end && !kStringStops[uchar(*p)])
-        ++p;
-    return p;
-}
 
 bool isDigit(char c)
 {
@@ -393,7 +349,7 @@ Parser::Step Parser::readString(PlistValue &out)
 {
     const char *start = _p++;
     const char *run = _p;
-    _p = scanString(_p, _end);
+    _p = PlainTextScan::find(_p, _end, '"', ' ');
     if (_p < _end && *_p == '"') {
         out = _strings.ascii(run, _p - run);
         ++_p;
@@ -429,7 +385,7 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
             return Step::Failed;
         }
         run = _p;
-        _p = scanString(_p, _end);
+        _p = PlainTextScan::find(_p, _end, '"', ' ');
     }
 }
 
