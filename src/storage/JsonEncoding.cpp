@@ -203,15 +203,15 @@ JsonEncoding::Utf8Text fromUtf32(QByteArrayView units, bool bigEndian)
 
 } // namespace
 
-void JsonEncoding::Utf8Text::findInvalid()
+ReadError JsonEncoding::Utf8Text::parseError(qsizetype offset, const QString &message) const
 {
     const qsizetype bad = firstBadUtf8(text);
     if (bad < 0)
-        return;
-    errorAt = bad;
-    error = text[bad] == 0 ? QStringLiteral("the text contains a NUL character")
-                           : QStringLiteral("byte 0x%1 is not valid UTF-8")
-                                 .arg(uint(uchar(text[bad])), 2, 16, QLatin1Char('0'));
+        return readError(offset, message);
+    return readError(bad, text[bad] == 0
+                              ? QStringLiteral("the text contains a NUL character")
+                              : QStringLiteral("byte 0x%1 is not valid UTF-8")
+                                    .arg(uint(uchar(text[bad])), 2, 16, QLatin1Char('0')));
 }
 
 ReadError JsonEncoding::Utf8Text::readError(qsizetype offset, const QString &message) const

@@ -18,8 +18,8 @@
 ///
 /// UTF-8 input is used in place and not checked here: a reader checks the
 /// bytes its grammar lets through unseen (strings, comments) with `isValid`
-/// as it goes, and when it fails calls `findInvalid`, whose error comes first,
-/// as if the whole text had been checked before reading. Valid UTF-8 means
+/// as it goes; when a parse fails, `parseError` reports an ill-formed byte
+/// first, as if the whole text had been checked before reading. Valid UTF-8 means
 /// shortest forms only, no surrogates, no code point above U+10FFFF. UTF-16
 /// and UTF-32 are transcoded. A NUL character is refused in every encoding:
 /// no text format here allows one outside an escape. Stateless; safe on any
@@ -39,8 +39,9 @@ public:
 
         /// An error at a UTF-8 offset in `text`, with its line and column.
         ReadError readError(qsizetype offset, const QString &message) const;
-        /// Sets the error to the first NUL or ill-formed byte of `text`, if any.
-        void findInvalid();
+        /// The error of a parse that failed at `offset` with `message`, unless
+        /// the text holds a NUL or an ill-formed byte, whose error comes first.
+        ReadError parseError(qsizetype offset, const QString &message) const;
     };
 
     /// `bytes` must outlive the result when it is UTF-8, which is not copied.

@@ -465,8 +465,5 @@ ReadResult JsonReader::read(QByteArrayView bytes)
     PlistValue value = parser.parse();
     if (!value.isNone())
         return ReadResult::success(std::move(value), ADPlistFormatJSON);
-    input.findInvalid();
-    if (!input.error.isEmpty())
-        return ReadResult::failure(input.readError(input.errorAt, input.error));
-    return ReadResult::failure(input.readError(parser.errorOffset(), parser.errorMessage()));
+    return ReadResult::failure(input.parseError(parser.errorOffset(), parser.errorMessage()));
 }
