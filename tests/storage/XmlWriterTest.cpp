@@ -114,6 +114,25 @@ INSTANTIATE_TEST_SUITE_P(Manifest, XmlWriterCorpus,
                          testing::ValuesIn(validCorpusFiles({QStringLiteral("xml")})),
                          [](const auto &info) { return info.param.testName(); });
 
+// Every length, so that each path of the encoder meets each kind of line end,
+// at the top and indented: the digits are exactly the standard Base64 ones.
+TEST(XmlWriter, WritesDataOfEveryLengthAsStandardBase64)
+{
+    for (int size = 0; size < 400; size += size < 130 ? 1 : 37) {
+        QByteArray data(size, Qt::Uninitialized);
+        for (int i = 0; i < size; ++i)
+            data[i] = char((i * 151 + size * 7) ^ (i >> 3));
+        for (const PlistValue &value :
+             {PlistValue::data(data), arrayOf({PlistValue::data(data)})}) {
+            const QByteArray written = XmlWriter::write(value).data;
+            const qsizetype from = written.indexOf("<data>") + 6;
+            QByteArray digits = written.mid(from, written.indexOf("</data>") - from);
+            digits.replace('\n', "").replace('\t', "");
+            ASSERT_EQ(digits, data.toBase64()) << size;
+        }
+    }
+}
+
 // --- layout of each kind of value ------------------------------------------------------
 
 struct Layout
