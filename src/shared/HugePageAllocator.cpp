@@ -3,7 +3,6 @@
 #include <sys/mman.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <new>
 
 namespace plist_detail {
@@ -27,15 +26,25 @@ void adviseHugePages(void *buffer, std::size_t bytes) noexcept
         madvise(reinterpret_cast<void *>(from * kHugePage), (to - from) * kHugePage, MADV_HUGEPAGE);
 }
 
+// Fresh pages straight from the system: memory the heap recycles has
+// mostly been touched already, in small pages, and would stay that way.
 void *allocateHugePageBytes(std::size_t bytes)
 {
     if (bytes < kHugePage)
         return ::operator new(bytes);
-    void *p = std::aligned_alloc(kHugePage, roundedUp(bytes));
-    if (!p)
+    const std::size_t size = roundedUp(bytes);
+    const std::size_t span = size + kHugePage; // room to align the start
+    void *mapped = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapped == MAP_FAILED)
         throw std::bad_alloc();
-    madvise(p, roundedUp(bytes), MADV_HUGEPAGE); // only a hint; small pages work too
-    return p;
+    const auto first = reinterpret_cast<std::uintptr_t>(mapped);
+    const std::uintptr_t start = (first + kHugePage - 1) / kHugePage * kHugePage;
+    if (start > first)
+        munmap(mapped, start - first);
+    if (first + span > start + size)
+        munmap(reinterpret_cast<void *>(start + size), first + span - start - size);
+    madvise(reinterpret_cast<void *>(start), size, MADV_HUGEPAGE); // a hint; small pages work too
+    return reinterpret_cast<void *>(start);
 }
 
 void freeHugePageBytes(void *p, std::size_t bytes) noexcept
@@ -43,7 +52,7 @@ void freeHugePageBytes(void *p, std::size_t bytes) noexcept
     if (bytes < kHugePage)
         ::operator delete(p);
     else
-        std::free(p);
+        munmap(p, roundedUp(bytes));
 }
 
 } // namespace plist_detail

@@ -1,9 +1,8 @@
 #include "NodeAllocator.h"
 
-#include <sys/mman.h>
+#include "HugePageAllocator.h"
 
 #include <array>
-#include <cstdlib>
 #include <mutex>
 #include <new>
 #include <type_traits>
@@ -66,11 +65,7 @@ constinit Leftovers leftovers;
 
 char *newChunk()
 {
-    void *chunk = std::aligned_alloc(kChunkBytes, kChunkBytes);
-    if (!chunk)
-        throw std::bad_alloc();
-    madvise(chunk, kChunkBytes, MADV_HUGEPAGE); // only a hint; small pages work too
-    return static_cast<char *>(chunk);
+    return static_cast<char *>(allocateHugePageBytes(kChunkBytes));
 }
 
 class Cache
