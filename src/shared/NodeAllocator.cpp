@@ -7,6 +7,7 @@
 #include <new>
 #include <type_traits>
 
+// Off under AddressSanitizer: a pool would hide use-after-free from it.
 #if defined(__SANITIZE_ADDRESS__)
 #define AD_NODE_POOL 0
 #elif defined(__has_feature)
@@ -15,7 +16,7 @@
 #endif
 #endif
 #ifndef AD_NODE_POOL
-#define AD_NODE_POOL 1 // a pool would hide use-after-free from the sanitizer
+#define AD_NODE_POOL 1
 #endif
 
 namespace plist_detail {
@@ -62,11 +63,6 @@ struct Leftovers
 };
 static_assert(std::is_trivially_destructible_v<Leftovers>);
 constinit Leftovers leftovers;
-
-char *newChunk()
-{
-    return static_cast<char *>(allocateHugePageBytes(kChunkBytes));
-}
 
 class Cache
 {
@@ -157,7 +153,7 @@ void *Cache::refill(std::size_t sizeClass)
     }
     const std::size_t bytes = blockBytes(sizeClass);
     if (std::size_t(_end - _bump) < bytes) {
-        _bump = newChunk();
+        _bump = static_cast<char *>(allocateHugePageBytes(kChunkBytes));
         _end = _bump + kChunkBytes;
     }
     return carve(bytes);
