@@ -1,6 +1,7 @@
 #include "XmlBase64.h"
 #include "shared/HugePageAllocator.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
@@ -146,23 +147,23 @@ private:
     int _count = 0;
 };
 
-} // namespace
-
-bool XmlBase64::decode(QByteArrayView text, QByteArray &out, qsizetype &errorAt)
+// Decoding state carried from one stretch of text to the next.
+struct DecodeState
 {
-    const auto *in = reinterpret_cast<const unsigned char *>(text.data());
-    const qsizetype size = text.size();
-    out.resize(size / 4 * 3 + 3);
-    char *const begin = out.data();
-    plist_detail::adviseHugePages(begin, size_t(out.size()));
-    char *o = begin;
     Tail tail;
-    qsizetype i = 0;
     qsizetype padding = 0;
-    while (i < size) {
-        if (tail.count() == 0 && padding == 0) {
+};
+
+// Decodes in[i, limit) to `o` until a character that cannot be there;
+// returns its index, or `limit`.
+qsizetype decodeRun(const unsigned char *in, qsizetype i, qsizetype limit, char *&o,
+                    DecodeState &state)
+{
+    Tail &tail = state.tail;
+    for (; i < limit; ++i) {
+        if (tail.count() == 0 && state.padding == 0) {
             // Whole groups between line breaks: the common case.
-            while (size - i >= 4) {
+            while (limit - i >= 4) {
                 const quint32 v =
                     kDigit0[in[i]] | kDigit1[in[i + 1]] | kDigit2[in[i + 2]] | kDigit3[in[i + 3]];
                 if (v & kNotDigit)
@@ -173,36 +174,73 @@ bool XmlBase64::decode(QByteArrayView text, QByteArray &out, qsizetype &errorAt)
                 o += 3;
                 i += 4;
             }
-            if (i == size)
+            if (i == limit)
                 break;
         }
         const char c = char(in[i]);
-        if (isSpace(c)) {
-            ++i;
+        if (isSpace(c))
             continue;
-        }
-        if (c == '=' && (tail.count() >= 2 || padding > 0) && tail.count() + padding < 4) {
-            ++padding;
-            ++i;
+        if (c == '=' && (tail.count() >= 2 || state.padding > 0) &&
+            tail.count() + state.padding < 4) {
+            ++state.padding;
             continue;
         }
         const quint32 digit = kDigit3[in[i]];
-        if ((digit & kNotDigit) || padding > 0) {
-            errorAt = i;
-            return false;
-        }
+        if ((digit & kNotDigit) || state.padding > 0)
+            return i;
         tail.add(digit);
-        ++i;
         if (tail.count() == 4)
             o = tail.flush(o);
     }
-    if (tail.count() == 1) {
-        errorAt = size;
+    return limit;
+}
+
+// Decodes `window` characters at a time, doubling it each step, so that
+// the output grows with what is found rather than with the whole text.
+bool decodeGrowing(QByteArrayView text, qsizetype window, QByteArray &out, qsizetype &end)
+{
+    const auto *in = reinterpret_cast<const unsigned char *>(text.data());
+    const qsizetype size = text.size();
+    DecodeState state;
+    qsizetype used = 0;
+    qsizetype i = 0;
+    do {
+        const qsizetype limit = size - i > window ? i + window : size;
+        window *= 2;
+        // Three bytes a group, and room for what the carried digits complete.
+        out.resize(used + (limit - i) / 4 * 3 + 6);
+        plist_detail::adviseHugePages(out.data() + used, size_t(out.size() - used));
+        char *o = out.data() + used;
+        const qsizetype stop = decodeRun(in, i, limit, o, state);
+        used = o - out.data();
+        i = stop;
+        if (stop < limit)
+            break;
+    } while (i < size);
+    end = i;
+    if (state.tail.count() == 1)
         return false;
-    }
-    o = tail.flush(o);
-    out.resize(o - begin);
+    char *o = out.data() + used;
+    out.resize(state.tail.flush(o) - out.data());
     return true;
+}
+
+// Past this much text the output is grown in steps.
+constexpr qsizetype kFirstWindow = 256 * 1024;
+
+} // namespace
+
+bool XmlBase64::decode(QByteArrayView text, QByteArray &out, qsizetype &errorAt)
+{
+    qsizetype end = 0;
+    const bool whole = decodeGrowing(text, std::max<qsizetype>(text.size(), 1), out, end);
+    errorAt = end < text.size() || !whole ? end : -1;
+    return errorAt < 0;
+}
+
+bool XmlBase64::decodePrefix(QByteArrayView text, QByteArray &out, qsizetype &end)
+{
+    return decodeGrowing(text, kFirstWindow, out, end);
 }
 
 qsizetype XmlBase64::encodedSize(qsizetype size, int lineLength, int indent)

@@ -13,6 +13,10 @@ public:
     /// The bytes of `text`, or false with `errorAt` the index of the first
     /// character that cannot be there (text.size() when it ends mid-byte).
     static bool decode(QByteArrayView text, QByteArray &out, qsizetype &errorAt);
+    /// The bytes of the Base64 that begins `text`, up to the first character
+    /// that cannot be in it, whose index goes to `end` (text.size() if none).
+    /// False when that Base64 ends in the middle of a byte.
+    static bool decodePrefix(QByteArrayView text, QByteArray &out, qsizetype &end);
 
     /// Characters `encodeLines` writes for `size` bytes.
     static qsizetype encodedSize(qsizetype size, int lineLength, int indent);

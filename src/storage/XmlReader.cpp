@@ -98,6 +98,9 @@ bool isSpace(char c)
     return c == ' ' || c == '\n' || c == '\t' || c == '\r';
 }
 
+// Data whose content runs past this many bytes counts as large.
+constexpr qsizetype kLargeData = 64 * 1024;
+
 // What ends an element name: white space, '>', '/' and '<'.
 constexpr std::array<bool, 256> kEndsName = [] {
     std::array<bool, 256> table{};
@@ -778,7 +781,13 @@ private:
         if (tag.empty)
             return true;
         unsigned high = 0;
-        const char *stop = scanText(_p, _end, high);
+        const char *stop = scanText(_p, _end, high); // before `high` is passed on
+        return finishText(tag, text, stop, high);
+    }
+
+    // The content of a leaf from `_p`, whose first markup is at `stop`.
+    bool finishText(const Tag &tag, Text &text, const char *stop, unsigned high)
+    {
         if (_end - stop >= 2 && stop[0] == '<' && stop[1] == '/') {
             text.bytes = QByteArrayView(_p, stop - _p);
             text.ascii = (high & 0x80) == 0;
@@ -869,6 +878,45 @@ private:
             break;
         }
         return false;
+    }
+
+    // Data that runs past kLargeData is decoded as it is found rather than
+    // scanned for its end first: one pass over the document, not two.
+    bool readData(const Tag &tag, PlistValue &value)
+    {
+        Text text;
+        if (tag.empty)
+            return readText(tag, text) && makeData(text, value);
+        text = Text{QByteArrayView(_p, qsizetype(0)), _p, true, true};
+        const char *limit = _end - _p > kLargeData ? _p + kLargeData : _end;
+        unsigned high = 0;
+        const char *stop = scanText(_p, limit, high);
+        if (stop == limit && limit != _end) {
+            if (readLargeData(tag, value))
+                return true;
+            stop = scanText(limit, _end, high);
+        }
+        return finishText(tag, text, stop, high) && makeData(text, value);
+    }
+
+    // Plain Base64 closed by its end tag; anything else (references, CDATA,
+    // comments, a mistake) is left to the general way, which also words
+    // the errors.
+    bool readLargeData(const Tag &tag, PlistValue &value)
+    {
+        QByteArray bytes;
+        qsizetype end = 0;
+        if (!XmlBase64::decodePrefix(QByteArrayView(_p, _end - _p), bytes, end))
+            return false;
+        const char *stop = _p + end;
+        const qsizetype size = tag.name.size();
+        if (_end - stop < size + 3 || stop[0] != '<' || stop[1] != '/' || stop[size + 2] != '>' ||
+            !sameName(QByteArrayView(stop + 2, size), tag.name))
+            return false;
+        _p = stop + size + 3;
+        bytes.squeeze(); // the last step of growth may have left room
+        value = PlistValue::data(bytes);
+        return true;
     }
 
     bool makeData(const Text &text, PlistValue &value)
@@ -967,6 +1015,13 @@ private:
         case Element::Key: {
             Text text;
             return readText(tag, text) && makeString(text, _stack.back().key);
+        }
+        case Element::Data: {
+            PlistValue value;
+            if (!readData(tag, value))
+                return false;
+            deliver(std::move(value));
+            return true;
         }
         default: {
             Text text;

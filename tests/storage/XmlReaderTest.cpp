@@ -1,5 +1,5 @@
-#include "support/ValueBuilders.h"
 #include "storage/XmlReader.h"
+#include "support/ValueBuilders.h"
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -97,7 +97,7 @@ const GoodXml kGoodXml[] = {
            "<integer>0123</integer></array>"),
      [] {
          return arrayOf({std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(),
-                       std::numeric_limits<quint64>::max(), qint64(-42), qint64(123)});
+                         std::numeric_limits<quint64>::max(), qint64(-42), qint64(123)});
      }},
     {"Reals",
      plist("<array><real>0.1</real><real>-INF</real><real>+Infinity</real><real>1e400</real>"
@@ -112,8 +112,8 @@ const GoodXml kGoodXml[] = {
      [] {
          // Before 1582-10-15 the calendar is Julian, as on the platform.
          return arrayOf({PlistValue::date(0), PlistValue::date(-4165314208.0),
-                       PlistValue::date(728512994.0), PlistValue::date(326438669350.0),
-                       PlistValue::date(-63145699201.0)});
+                         PlistValue::date(728512994.0), PlistValue::date(326438669350.0),
+                         PlistValue::date(-63145699201.0)});
      }},
     {"DataWithWhiteSpace", plist("<data>\n\tAAEC\n\tAw ==\n</data>"),
      [] { return PlistValue::data(QByteArray("\0\1\2\3", 4)); }},
@@ -133,8 +133,8 @@ const GoodXml kGoodXml[] = {
            "<dict><key>CF$UID</key><integer>-1</integer></dict>"
            "<dict><key>CF$UID</key><string>7</string></dict></array>"),
      [] {
-         return arrayOf(
-             {PlistValue::uid(7), dictionaryOf({{"CF$UID", qint64(-1)}}), dictionaryOf({{"CF$UID", str("7")}})});
+         return arrayOf({PlistValue::uid(7), dictionaryOf({{"CF$UID", qint64(-1)}}),
+                         dictionaryOf({{"CF$UID", str("7")}})});
      }},
     {"RepeatedKeyKeepsPlaceTakesLastValue",
      plist("<dict><key>a</key><true/><key>b</key><false/><key>a</key><integer>3</integer></dict>"),
@@ -260,6 +260,69 @@ TEST(XmlReaderFixtures, RefusesEveryHostileFile)
         const ReadResult result = XmlReader::read(file.readAll());
         EXPECT_FALSE(result) << qPrintable(name);
         EXPECT_GE(result.error.line, 1) << qPrintable(name);
+    }
+}
+
+// --- large data ------------------------------------------------------------------------
+
+// Data in lines of 68 characters, with `inside` spliced in before the last line.
+QByteArray largeData(const QByteArray &bytes, const QByteArray &inside = {})
+{
+    const QByteArray base64 = bytes.toBase64();
+    QByteArray text;
+    for (qsizetype i = 0; i < base64.size(); i += 68)
+        text += (i + 68 >= base64.size() ? inside : QByteArray()) + "\n\t" + base64.mid(i, 68);
+    return text;
+}
+
+TEST(XmlReaderLargeData, DecodesAnyContentTheSmallWayWould)
+{
+    QByteArray bytes(300 * 1024, Qt::Uninitialized); // decoded in more than one step
+    for (qsizetype i = 0; i < bytes.size(); ++i)
+        bytes[i] = char(i * 7 + i / 251);
+    const PlistValue expected = arrayOf({PlistValue::data(bytes), str("after")});
+    // Leading spaces move where the steps of decoding split the groups.
+    for (const QByteArray lead : {"", " ", "  ", "   "}) {
+        for (const QByteArray inside : {"", "<!-- note -->", "<![CDATA[]]>", "&#32;"}) {
+            const QByteArray file = plist(("<array><data>" + lead + largeData(bytes, inside) +
+                                           "\n</data ><string>after</string></array>")
+                                              .constData());
+            const ReadResult result = XmlReader::read(file);
+            ASSERT_TRUE(result) << inside.constData() << qPrintable(result.error.description());
+            EXPECT_TRUE(result.value.isIdenticalTo(expected)) << inside.constData();
+            const ReadResult tight =
+                XmlReader::read(QByteArray(file).replace("</data >", "</data>"));
+            ASSERT_TRUE(tight) << qPrintable(tight.error.description());
+            EXPECT_TRUE(tight.value.isIdenticalTo(expected)) << lead.size() << inside.constData();
+        }
+    }
+}
+
+TEST(XmlReaderLargeData, ReportsMistakesWhereTheyAre)
+{
+    const QByteArray good = largeData(QByteArray(300000, 'x')); // no padding
+    const qsizetype lines = good.count('\n');
+    const struct
+    {
+        QByteArray content;
+        int line, column;
+        const char *message;
+    } rows[] = {
+        {good + "\n\t*AAA</data>", int(lines + 3), 2, "expected Base64"},
+        {good + "A</data>", int(lines + 2), int(good.size() - good.lastIndexOf('\n')) + 1,
+         "middle of a byte"},
+        {good + "</date>", int(lines + 2), int(good.size() - good.lastIndexOf('\n')),
+         "</date> closes <data>"},
+        {good, int(lines + 2), int(good.size() - good.lastIndexOf('\n')), "is not closed"},
+    };
+    for (const auto &row : rows) {
+        const ReadResult result = XmlReader::read("<plist>\n<data>" + row.content +
+                                                  (row.content == good ? "" : "</plist>"));
+        ASSERT_FALSE(result) << row.message;
+        EXPECT_TRUE(result.error.message.contains(QString::fromUtf8(row.message)))
+            << qPrintable(result.error.message);
+        EXPECT_EQ(result.error.line, row.line) << qPrintable(result.error.description());
+        EXPECT_EQ(result.error.column, row.column) << qPrintable(result.error.description());
     }
 }
 
