@@ -153,7 +153,7 @@ void PlistDictionary::prefetch(const PlistValue &key) const noexcept
     __builtin_prefetch(&d.table[stringNode(key).hashValue() & mask]);
 }
 
-void PlistDictionary::insert(const PlistValue &key, PlistValue value)
+void PlistDictionary::insert(PlistValue key, PlistValue value)
 {
     DictionaryNode &d = node();
     if (d.entries.size() < kIndexThreshold) {
@@ -162,7 +162,7 @@ void PlistDictionary::insert(const PlistValue &key, PlistValue value)
             replaceAt(existing, std::move(value));
             return;
         }
-        d.entries.push_back({key, std::move(value)});
+        d.entries.push_back({std::move(key), std::move(value)});
         dropIndex(d);
         return;
     }
@@ -180,7 +180,7 @@ void PlistDictionary::insert(const PlistValue &key, PlistValue value)
             return;
         }
     }
-    d.entries.push_back({key, std::move(value)});
+    d.entries.push_back({std::move(key), std::move(value)});
     d.table[slot] = {quint32(d.entries.size()), hash};
 }
 
@@ -189,9 +189,12 @@ void PlistDictionary::insertPairs(PlistValue *first, PlistValue *last)
     constexpr ptrdiff_t kAhead = 16; // pairs: about one cache miss's time
     const ptrdiff_t pairs = (last - first) / 2;
     for (ptrdiff_t i = 0; i < pairs; ++i) {
+        // The key's node two misses ahead, then its slot, which needs its hash.
+        if (i + 2 * kAhead < pairs)
+            first[2 * (i + 2 * kAhead)].prefetch();
         if (i + kAhead < pairs)
             prefetch(first[2 * (i + kAhead)]);
-        insert(first[2 * i], std::move(first[2 * i + 1]));
+        insert(std::move(first[2 * i]), std::move(first[2 * i + 1]));
     }
 }
 

@@ -36,11 +36,12 @@ public:
     /// cache miss that the caller can overlap with reading the value.
     void prefetch(const PlistValue &key) const noexcept;
     /// Sets the value of a key: in its place if present, else appended.
-    void insert(const PlistValue &key, PlistValue value);
+    void insert(PlistValue key, PlistValue value);
     void insert(const QString &key, PlistValue value) { insert(PlistValue(key), std::move(value)); }
     /// Inserts keys and values given alternately from `first` to `last`, moving
-    /// the values out: `insert` for each pair, but it keeps the index's cache
-    /// misses of a dictionary of millions of keys going in parallel.
+    /// them out: `insert` for each pair, but it keeps the cache misses of a
+    /// dictionary of millions of keys (each key, then its place in the index)
+    /// going in parallel.
     void insertPairs(PlistValue *first, PlistValue *last);
     /// Puts a key that is not present yet at `index`.
     void insertAt(qsizetype index, const PlistValue &key, PlistValue value);

@@ -235,5 +235,7 @@ private:
     quintptr _bits = 0; // low three bits a tag; tag 0 is a heap node or none
 };
 static_assert(sizeof(PlistValue) == sizeof(void *));
+// One tagged pointer: a Qt container may move it with memcpy, and so grow by realloc.
+Q_DECLARE_TYPEINFO(PlistValue, Q_RELOCATABLE_TYPE);
 
 Q_DECLARE_METATYPE(PlistValue)

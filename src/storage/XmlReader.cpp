@@ -9,6 +9,7 @@
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
+#include <QList>
 #include <QStringDecoder>
 
 #include <array>
@@ -1003,7 +1004,7 @@ private:
             if (tag.empty)
                 deliver(PlistDictionary::create());
             else
-                _stack.push_back({Element::Dict, tag.at, {}, _pairs.size(), {}, {}});
+                _stack.push_back({Element::Dict, tag.at, {}, size_t(_pairs.size()), {}, {}});
             return true;
         case Element::Array:
             if (tag.empty)
@@ -1059,7 +1060,7 @@ private:
         PlistDictionary dict =
             PlistDictionary::create(qsizetype(_pairs.size() - top.pairsFrom) / 2);
         dict.insertPairs(first, _pairs.data() + _pairs.size());
-        _pairs.resize(top.pairsFrom);
+        _pairs.resize(qsizetype(top.pairsFrom));
         return dict;
     }
 
@@ -1160,7 +1161,7 @@ private:
     bool _done = false;
     StringCache _strings;
     std::vector<qsizetype> _sizeHints; // the count of the last container closed at each depth
-    std::vector<PlistValue> _pairs;    // keys and values of the open dictionaries
+    QList<PlistValue> _pairs;          // keys and values of the open dictionaries; grows by realloc
     std::string _scratch;              // text with references, reused
     std::u16string _wide;              // non-ASCII text as UTF-16, reused
     ReadError _error;
