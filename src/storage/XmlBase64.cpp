@@ -226,7 +226,11 @@ bool decodeGrowing(QByteArrayView text, qsizetype window, QByteArray &out, qsize
 }
 
 // Past this much text the output is grown in steps.
+#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
+constexpr qsizetype kFirstWindow = 16;
+#else
 constexpr qsizetype kFirstWindow = 256 * 1024;
+#endif
 
 } // namespace
 

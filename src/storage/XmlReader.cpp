@@ -100,7 +100,11 @@ bool isSpace(char c)
 }
 
 // Data whose content runs past this many bytes counts as large.
+#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
+constexpr qsizetype kLargeData = 64;
+#else
 constexpr qsizetype kLargeData = 64 * 1024;
+#endif
 
 // What ends an element name: white space, '>', '/' and '<'.
 constexpr std::array<bool, 256> kEndsName = [] {
