@@ -99,6 +99,28 @@ bool isSpace(char c)
     return c == ' ' || c == '\n' || c == '\t' || c == '\r';
 }
 
+// The first byte at or after `p` that is not white space (or `end`).
+// Indentation comes in runs of a few tabs, which one comparison covers.
+const char *spaceEnd(const char *p, const char *end)
+{
+#ifdef __SSE2__
+    while (end - p >= 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+        const __m128i space = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8(' ')),
+                                                        _mm_cmpeq_epi8(v, _mm_set1_epi8('\t'))),
+                                           _mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('\n')),
+                                                        _mm_cmpeq_epi8(v, _mm_set1_epi8('\r'))));
+        const unsigned other = ~unsigned(_mm_movemask_epi8(space)) & 0xFFFFu;
+        if (other != 0)
+            return p + __builtin_ctz(other);
+        p += 16;
+    }
+#endif
+    while (p < end && isSpace(*p))
+        ++p;
+    return p;
+}
+
 // Data whose content runs past this many bytes counts as large.
 #ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
 constexpr qsizetype kLargeData = 64;
@@ -406,8 +428,7 @@ private:
     bool skipSpace()
     {
         const char *start = _p;
-        while (_p < _end && isSpace(*_p))
-            ++_p;
+        _p = spaceEnd(_p, _end);
         return _p != start;
     }
 
@@ -643,8 +664,10 @@ private:
     {
         tag.at = _p;
         const char *name = ++_p;
-        while (_p < _end && !kEndsName[static_cast<unsigned char>(*_p)])
-            ++_p;
+        const char *p = name; // a local, which the compiler keeps in a register
+        while (p < _end && !kEndsName[static_cast<unsigned char>(*p)])
+            ++p;
+        _p = p;
         tag.name = QByteArrayView(name, _p - name);
         tag.element = elementNamed(tag.name);
         if (tag.element == Element::Unknown)
@@ -660,9 +683,10 @@ private:
     bool endTag(QByteArrayView &name)
     {
         const char *start = _p + 2;
-        _p = start;
-        while (_p < _end && !isSpace(*_p) && *_p != '>' && *_p != '<')
-            ++_p;
+        const char *p = start;
+        while (p < _end && !isSpace(*p) && *p != '>' && *p != '<')
+            ++p;
+        _p = p;
         name = QByteArrayView(start, _p - start);
         skipSpace();
         if (_p == _end || *_p != '>')

@@ -117,6 +117,12 @@ const GoodXml kGoodXml[] = {
      }},
     {"DataWithWhiteSpace", plist("<data>\n\tAAEC\n\tAw ==\n</data>"),
      [] { return PlistValue::data(QByteArray("\0\1\2\3", 4)); }},
+    {"LongRunsOfWhiteSpace",
+     plist("<array>\r\n \t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t<true/>\t\t\t\t\t\t\t\t\t\t\t\t"
+           "\t\t\t\t \r\n\t\t\t\t\t\t\t<false/>  </array>"),
+     [] {
+         return arrayOf({PlistValue(true), PlistValue(false)});
+     }},
     {"EmptyElements", plist("<array><string/><data/><dict/><array/></array>"),
      [] {
          return arrayOf(
