@@ -1,6 +1,7 @@
 // Reads and writes the four benchmark shapes with our storage code and with
 // libplist side by side, then prints the ratios and the peak memory of reading
-// the largest XML files. `--large` adds the 100 MB files to the 1 MB ones.
+// the largest XML files. `--large` adds the 100 MB files to the 1 MB ones;
+// `--shape=NAME` keeps one shape.
 
 #include "BenchShapes.h"
 #include "RatioReporter.h"
@@ -41,6 +42,7 @@ constexpr qint64 kLargeInput = qint64(16) << 20;
 // Everything one shape and size needs, made once before the runs.
 struct Inputs
 {
+    BenchShape shape;
     PlistValue value;
     QByteArray xml, binary, xmlSafe, json, ascii;
     plist_t libplistValue = nullptr;
@@ -198,20 +200,19 @@ void reportPeakMemory(const std::vector<std::unique_ptr<Inputs>> &inputs, const 
     std::printf("\npeak memory reading %s XML, beyond holding the file (multiple of its size)\n",
                 size.name);
     std::printf("%-10s %10s %10s %10s %8s\n", "shape", "file MB", "ours", "libplist", "ratio");
-    for (size_t i = 0; i < allBenchShapes().size(); ++i) {
-        const QString path = dir.filePath(QStringLiteral("shape%1.plist").arg(i));
+    for (const auto &in : inputs) {
+        const QString path = dir.filePath(benchShapeName(in->shape) + QStringLiteral(".plist"));
         QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(inputs[i]->xml) != inputs[i]->xml.size())
+        if (!file.open(QIODevice::WriteOnly) || file.write(in->xml) != in->xml.size())
             return;
         file.close();
-        const double megabytes = double(inputs[i]->xml.size()) / (1 << 20);
+        const double megabytes = double(in->xml.size()) / (1 << 20);
         const long base = peakKilobytesOfRead(path, "none");
         const double ours = double(peakKilobytesOfRead(path, "ours") - base) / 1024 / megabytes;
         const double theirs =
             double(peakKilobytesOfRead(path, "libplist") - base) / 1024 / megabytes;
-        std::printf("%-10s %10.1f %10.2f %10.2f %7.2fx\n",
-                    qPrintable(benchShapeName(allBenchShapes()[i])), megabytes, ours, theirs,
-                    theirs > 0 ? ours / theirs : 0.0);
+        std::printf("%-10s %10.1f %10.2f %10.2f %7.2fx\n", qPrintable(benchShapeName(in->shape)),
+                    megabytes, ours, theirs, theirs > 0 ? ours / theirs : 0.0);
     }
 }
 
@@ -222,12 +223,18 @@ int main(int argc, char **argv)
     if (argc == 4 && std::strcmp(argv[1], "--peak-read") == 0)
         return readForPeakMemory(argv[2], argv[3]);
     std::vector<SizeStep> sizes{{"1MB", 1 << 20}};
+    std::vector<BenchShape> shapes = allBenchShapes();
     std::vector<char *> args;
     for (int i = 0; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--large") == 0)
+        const QLatin1StringView arg(argv[i]);
+        if (arg == QLatin1StringView("--large")) {
             sizes.push_back({"100MB", 100 << 20});
-        else
+        } else if (arg.startsWith(QLatin1StringView("--shape="))) {
+            std::erase_if(shapes,
+                          [&](BenchShape shape) { return benchShapeName(shape) != arg.sliced(8); });
+        } else {
             args.push_back(argv[i]);
+        }
     }
     int count = int(args.size());
     benchmark::Initialize(&count, args.data());
@@ -235,11 +242,15 @@ int main(int argc, char **argv)
     std::vector<std::vector<std::unique_ptr<Inputs>>> bySize;
     for (const SizeStep &size : sizes) {
         auto &inputs = bySize.emplace_back();
-        for (const BenchShape shape : allBenchShapes()) {
+        for (const BenchShape shape : shapes) {
             auto in = std::make_unique<Inputs>();
-            in->value = makeBenchValue(shape, size.bytes, false);
-            in->xml = written(in->value, ADPlistFormatXML);
-            in->binary = written(in->value, ADPlistFormatBinary);
+            in->shape = shape;
+            const PlistValue made = makeBenchValue(shape, size.bytes, false);
+            in->xml = written(made, ADPlistFormatXML);
+            in->binary = written(made, ADPlistFormatBinary);
+            // Each writer gets the tree its own reader makes of the same file,
+            // as when a file is opened, edited and saved.
+            in->value = PlistSerialization::read(in->binary).value;
             const PlistValue safe = makeBenchValue(shape, size.bytes, true);
             in->xmlSafe = written(safe, ADPlistFormatXML);
             in->json = written(safe, ADPlistFormatJSON);
