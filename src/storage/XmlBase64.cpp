@@ -1,4 +1,6 @@
 #include "XmlBase64.h"
+
+#include "SizeThreshold.h"
 #include "shared/HugePageAllocator.h"
 
 #include <algorithm>
@@ -226,11 +228,7 @@ bool decodeGrowing(QByteArrayView text, qsizetype window, QByteArray &out, qsize
 }
 
 // Past this much text the output is grown in steps.
-#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
-constexpr qsizetype kFirstWindow = 16;
-#else
-constexpr qsizetype kFirstWindow = 256 * 1024;
-#endif
+constexpr qsizetype kFirstWindow = sizeThreshold(256 * 1024, 16);
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "XmlReader.h"
 
+#include "SizeThreshold.h"
 #include "StringCache.h"
 
 #include "TextPosition.h"
@@ -122,11 +123,7 @@ const char *spaceEnd(const char *p, const char *end)
 }
 
 // Data whose content runs past this many bytes counts as large.
-#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
-constexpr qsizetype kLargeData = 64;
-#else
-constexpr qsizetype kLargeData = 64 * 1024;
-#endif
+constexpr qsizetype kLargeData = sizeThreshold(64 * 1024, 64);
 
 // What ends an element name: white space, '>', '/' and '<'.
 constexpr std::array<bool, 256> kEndsName = [] {
