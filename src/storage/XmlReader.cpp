@@ -819,15 +819,23 @@ private:
             text.ascii = (high & 0x80) == 0;
             _p = stop;
             // Most end tags are exactly "</name>".
-            const qsizetype size = tag.name.size();
-            if (_end - stop >= size + 3 && stop[size + 2] == '>' &&
-                sameName(QByteArrayView(stop + 2, size), tag.name)) {
-                _p = stop + size + 3;
+            if (const char *after = pastExactEndTag(stop, tag)) {
+                _p = after;
                 return true;
             }
             return closeLeaf(tag);
         }
         return readMixedText(tag, text, stop, high);
+    }
+
+    // Just past `at` if "</name>" of `tag` stands there, else null.
+    const char *pastExactEndTag(const char *at, const Tag &tag) const
+    {
+        const qsizetype size = tag.name.size();
+        if (_end - at < size + 3 || at[0] != '<' || at[1] != '/' || at[size + 2] != '>' ||
+            !sameName(QByteArrayView(at + 2, size), tag.name))
+            return nullptr;
+        return at + size + 3;
     }
 
     bool makeString(const Text &text, PlistValue &value)
@@ -934,12 +942,10 @@ private:
         qsizetype end = 0;
         if (!XmlBase64::decodePrefix(QByteArrayView(_p, _end - _p), bytes, end))
             return false;
-        const char *stop = _p + end;
-        const qsizetype size = tag.name.size();
-        if (_end - stop < size + 3 || stop[0] != '<' || stop[1] != '/' || stop[size + 2] != '>' ||
-            !sameName(QByteArrayView(stop + 2, size), tag.name))
+        const char *after = pastExactEndTag(_p + end, tag);
+        if (!after)
             return false;
-        _p = stop + size + 3;
+        _p = after;
         bytes.squeeze(); // the last step of growth may have left room
         value = PlistValue::data(bytes);
         return true;
