@@ -47,8 +47,14 @@ public:
     char *reserve(qsizetype n)
     {
         if (n > _bytes.size() - _used)
-            grow(std::max(_bytes.size() * 2, _used + n));
+            grow(nextCapacity(_used + n));
         return _bytes.data() + _used;
+    }
+    // `done` of the top container's `total` entries are written.
+    void progress(qsizetype done, qsizetype total)
+    {
+        _done = done;
+        _total = total;
     }
     void commit(char *end) { _used = end - _bytes.data(); }
     void append(QByteArrayView s)
@@ -69,12 +75,32 @@ public:
     QByteArray take()
     {
         _bytes.resize(_used);
+        if (_bytes.capacity() - _used > _used / 8)
+            _bytes.squeeze(); // a prediction ran over
         return std::move(_bytes);
     }
 
 private:
+    // Doubling, or once there is enough output to go by, straight to what the
+    // part written so far predicts for the whole: a big file is then faulted
+    // in and copied about once rather than over a dozen doublings.
+    qsizetype nextCapacity(qsizetype needed) const
+    {
+        const qsizetype doubled = std::max(_bytes.size() * 2, needed);
+        if (_used < kPredictFrom || _done == 0)
+            return doubled;
+        const double whole = double(_used) / double(_done) * double(_total) * 1.05;
+        const double bounded = std::min(whole, double(needed) * kMostGrowth);
+        return bounded > double(needed) ? qsizetype(bounded) : doubled;
+    }
+
+    static constexpr qsizetype kPredictFrom = qsizetype(16) << 20;
+    static constexpr qsizetype kMostGrowth = 16;
+
     QByteArray _bytes;
     qsizetype _used = 0;
+    qsizetype _done = 0;
+    qsizetype _total = 0;
 };
 
 char *escapedUnit(char32_t c, char *out)
@@ -220,6 +246,8 @@ public:
                 continue;
             }
             const qsizetype i = frame.next++;
+            if (_stack.size() == 1)
+                _out.progress(i, frame.count);
             prefetch(frame, i + kAhead);
             const int indent = std::min(frame.indent + 1, kMaxIndent);
             // `frame` may move once a child container is pushed.

@@ -251,6 +251,29 @@ TEST(XmlWriterDepth, WritesNestingOneHundredThousandDeep)
     EXPECT_TRUE(again.value.isIdenticalTo(deep));
 }
 
+// Past 16 MB the output grows to what the top entries written so far predict:
+// here far too much (one big entry, then small ones) and far too little.
+TEST(XmlWriterLargeOutput, WritesTheSameWhateverItsGrowthGuesses)
+{
+    const PlistValue big = PlistValue::data(QByteArray(20 << 20, '\x5A'));
+    PlistArray bigFirst = PlistArray::create();
+    bigFirst.append(big);
+    PlistArray smallFirst = PlistArray::create();
+    for (int i = 0; i < 20000; ++i) {
+        bigFirst.append(PlistValue(qint64(i)));
+        smallFirst.append(PlistValue(qint64(i)));
+    }
+    smallFirst.append(big);
+    for (const PlistArray &array : {bigFirst, smallFirst}) {
+        const WriteResult written = XmlWriter::write(array);
+        ASSERT_TRUE(written) << qPrintable(written.error);
+        EXPECT_LE(written.data.capacity(), written.data.size() / 8 * 9);
+        const ReadResult again = XmlReader::read(written.data);
+        ASSERT_TRUE(again) << qPrintable(again.error.description());
+        EXPECT_TRUE(again.value.isIdenticalTo(array));
+    }
+}
+
 // --- other readers ---------------------------------------------------------------------------
 
 // A value of every kind the other tools share with us, with text that needs care.
