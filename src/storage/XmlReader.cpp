@@ -328,9 +328,9 @@ struct Frame
     Element element;
     const char *openedAt;
     PlistArray array;
-    size_t pairsFrom = 0; // Dict: where its keys and values start in the reader's pairs
-    PlistValue key;       // Dict: the key waiting for its value
-    PlistValue held;      // Plist: its one value
+    qsizetype pairsFrom = 0; // Dict: where its keys and values start in the reader's pairs
+    PlistValue key;          // Dict: the key waiting for its value
+    PlistValue held;         // Plist: its one value
 };
 
 /// One pass over one UTF-8 document held by the caller: the prolog, the
@@ -800,10 +800,13 @@ private:
         return closeLeaf(tag);
     }
 
+    // A leaf's content before any of it is read.
+    Text emptyTextHere() const { return Text{QByteArrayView(_p, qsizetype(0)), _p, true, true}; }
+
     // After a leaf's start tag: its content and end tag.
     bool readText(const Tag &tag, Text &text)
     {
-        text = Text{QByteArrayView(_p, qsizetype(0)), _p, true, true};
+        text = emptyTextHere();
         if (tag.empty)
             return true;
         unsigned high = 0;
@@ -921,7 +924,7 @@ private:
         Text text;
         if (tag.empty)
             return readText(tag, text) && makeData(text, value);
-        text = Text{QByteArrayView(_p, qsizetype(0)), _p, true, true};
+        text = emptyTextHere();
         const char *limit = _end - _p > kLargeData ? _p + kLargeData : _end;
         unsigned high = 0;
         const char *stop = scanText(_p, limit, high);
@@ -1035,7 +1038,7 @@ private:
             if (tag.empty)
                 deliver(PlistDictionary::create());
             else
-                _stack.push_back({Element::Dict, tag.at, {}, size_t(_pairs.size()), {}, {}});
+                _stack.push_back({Element::Dict, tag.at, {}, _pairs.size(), {}, {}});
             return true;
         case Element::Array:
             if (tag.empty)
@@ -1088,10 +1091,9 @@ private:
     PlistDictionary closedDictionary(const Frame &top)
     {
         PlistValue *first = _pairs.data() + top.pairsFrom;
-        PlistDictionary dict =
-            PlistDictionary::create(qsizetype(_pairs.size() - top.pairsFrom) / 2);
+        PlistDictionary dict = PlistDictionary::create((_pairs.size() - top.pairsFrom) / 2);
         dict.insertPairs(first, _pairs.data() + _pairs.size());
-        _pairs.resize(qsizetype(top.pairsFrom));
+        _pairs.resize(top.pairsFrom);
         return dict;
     }
 
