@@ -58,6 +58,22 @@ template <typename T> void fill(T *out, T value)
         *out = std::move(value);
 }
 
+// Reads bytes no one else needs, which the reader may then write over.
+PlistValue readPlistTaking(QByteArray &&data, const QString &path, ADPlistFormat *format,
+                           std::optional<KZError> *error)
+{
+    fill(format, ADPlistFormatUnknown);
+    ReadError jsonError;
+    ReadResult plist = PlistSerialization::readAnyFormat(std::move(data), jsonError);
+    if (plist) {
+        fill(format, plist.format);
+        return plist.value;
+    }
+    fill(error, std::optional<KZError>(
+                    parseError(path, plist.error.description(), jsonError.description())));
+    return {};
+}
+
 } // namespace
 
 PlistValue ADPlistObject::readPlistFromFile(const QString &path, bool, ADPlistFormat *format,
@@ -69,26 +85,13 @@ PlistValue ADPlistObject::readPlistFromFile(const QString &path, bool, ADPlistFo
         fill(error, file.error);
         return {};
     }
-    return readPlistFromData(file.bytes, path, format, error);
+    return readPlistTaking(std::move(file.bytes), path, format, error);
 }
 
 PlistValue ADPlistObject::readPlistFromData(const QByteArray &data, const QString &path,
                                             ADPlistFormat *format, std::optional<KZError> *error)
 {
-    fill(format, ADPlistFormatUnknown);
-    ReadResult plist = PlistSerialization::read(data);
-    if (plist) {
-        fill(format, plist.format);
-        return plist.value;
-    }
-    ReadResult json = PlistSerialization::readJson(data);
-    if (json) {
-        fill(format, ADPlistFormatJSON);
-        return json.value;
-    }
-    fill(error, std::optional<KZError>(
-                    parseError(path, plist.error.description(), json.error.description())));
-    return {};
+    return readPlistTaking(QByteArray(data), path, format, error);
 }
 
 ADPlistObject::Pointer ADPlistObject::plistObjectWithContentsOfFile(const QString &path,

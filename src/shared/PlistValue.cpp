@@ -462,6 +462,15 @@ QByteArray PlistValue::toData() const
     return n && n->kind == NodeKind::Data ? static_cast<const DataNode *>(n)->bytes : QByteArray();
 }
 
+void PlistValue::detachDataStorage()
+{
+    PlistNode *n = node();
+    if (!n || n->kind != NodeKind::Data)
+        return;
+    QByteArray &bytes = static_cast<DataNode *>(n)->bytes;
+    bytes = QByteArray(bytes.constData(), bytes.size());
+}
+
 PlistArray PlistValue::toArray() const noexcept
 {
     return isArray() ? PlistArray(*this) : PlistArray();

@@ -171,6 +171,10 @@ public:
     QAnyStringView stringView() const noexcept;
     qsizetype stringLength() const noexcept;
     QByteArray toData() const;
+    /// Gives data bytes that are a slice of a larger buffer storage of their
+    /// own, so that the value stops keeping that buffer alive. The value stays
+    /// equal; for readers, before any other thread can hold it.
+    void detachDataStorage();
     /// A handle on the same container, or a null handle when this is no array.
     PlistArray toArray() const noexcept;
     PlistDictionary toDictionary() const noexcept;

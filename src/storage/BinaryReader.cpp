@@ -1,5 +1,6 @@
 #include "BinaryReader.h"
 
+#include "SharedSlice.h"
 #include "shared/HugePageAllocator.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -616,10 +617,7 @@ bool Parser::readData(quint64 offset, PlistValue &out)
     if (!fits(start, length))
         return truncated(offset, QStringLiteral("data of %1 bytes").arg(length));
     if (length >= kShareMinimum && sharesLargeData()) {
-        QByteArray::DataPointer slice = QByteArray(*_owner).data_ptr(); // holds a reference
-        slice.ptr += start;
-        slice.size = qsizetype(length);
-        out = PlistValue::data(QByteArray(std::move(slice)));
+        out = PlistValue::data(sharedSlice(*_owner, qsizetype(start), qsizetype(length)));
         return true;
     }
     QByteArray bytes(qsizetype(length), Qt::Uninitialized);

@@ -32,6 +32,24 @@ ReadResult PlistSerialization::readJson(QByteArrayView bytes)
     return JsonReader::read(bytes);
 }
 
+ReadResult PlistSerialization::readAnyFormat(QByteArray &&bytes, ReadError &jsonError)
+{
+    if (BinaryReader::recognizes(bytes) || !XmlReader::recognizes(bytes)) {
+        ReadResult plist = read(std::as_const(bytes));
+        if (plist)
+            return plist;
+        ReadResult json = readJson(bytes);
+        if (json)
+            return json;
+        jsonError = json.error;
+        return plist;
+    }
+    // JSON refuses markup at its first character; its reason is taken before
+    // the XML reader writes over the bytes.
+    jsonError = readJson(bytes).error;
+    return XmlReader::read(std::move(bytes));
+}
+
 WriteResult PlistSerialization::write(const PlistValue &value, ADPlistFormat format,
                                       bool humanReadable)
 {

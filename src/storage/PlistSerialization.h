@@ -18,6 +18,11 @@ public:
     /// The same; a binary file's large data values may share `bytes`.
     static ReadResult read(const QByteArray &bytes);
     static ReadResult readJson(QByteArrayView bytes);
+    /// `read`, then `readJson` when that refuses: what opening a file does.
+    /// Takes the bytes, over which large XML data may be decoded and which it
+    /// may then share (see XmlReader). When both refuse, the result holds the
+    /// first reason and `jsonError` the second.
+    static ReadResult readAnyFormat(QByteArray &&bytes, ReadError &jsonError);
 
     /// Writes XML, binary, old-style text or JSON; `humanReadable` matters for
     /// JSON only. Types a format cannot hold are refused with a message.

@@ -12,4 +12,6 @@ struct TextPosition
     qint64 column = 1;
 
     static TextPosition at(QByteArrayView text, qint64 offset);
+    /// Moves on over text[from, to), which follows what this position counted.
+    void advance(QByteArrayView text, qint64 from, qint64 to);
 };

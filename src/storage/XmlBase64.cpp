@@ -156,6 +156,49 @@ struct DecodeState
     qsizetype padding = 0;
 };
 
+// Whole groups between line breaks, the common case: decodes from in[i] while
+// four digits stand there; returns where they stop.
+inline qsizetype decodeGroups(const unsigned char *in, qsizetype i, qsizetype limit, char *&o)
+{
+    while (limit - i >= 4) {
+        const quint32 v =
+            kDigit0[in[i]] | kDigit1[in[i + 1]] | kDigit2[in[i + 2]] | kDigit3[in[i + 3]];
+        if (v & kNotDigit)
+            break;
+        o[0] = char(v >> 16);
+        o[1] = char(v >> 8);
+        o[2] = char(v);
+        o += 3;
+        i += 4;
+    }
+    return i;
+}
+
+enum class Taken : quint8
+{
+    Space,
+    Padding,
+    Digit,
+    Stop, // a character that cannot stand here
+};
+
+// One character where the groups of four are broken.
+inline Taken takeCharacter(unsigned char c, DecodeState &state)
+{
+    if (isSpace(char(c)))
+        return Taken::Space;
+    Tail &tail = state.tail;
+    if (c == '=' && (tail.count() >= 2 || state.padding > 0) && tail.count() + state.padding < 4) {
+        ++state.padding;
+        return Taken::Padding;
+    }
+    const quint32 digit = kDigit3[c];
+    if ((digit & kNotDigit) || state.padding > 0)
+        return Taken::Stop;
+    tail.add(digit);
+    return Taken::Digit;
+}
+
 // Decodes in[i, limit) to `o` until a character that cannot be there;
 // returns its index, or `limit`.
 qsizetype decodeRun(const unsigned char *in, qsizetype i, qsizetype limit, char *&o,
@@ -164,37 +207,31 @@ qsizetype decodeRun(const unsigned char *in, qsizetype i, qsizetype limit, char 
     Tail &tail = state.tail;
     for (; i < limit; ++i) {
         if (tail.count() == 0 && state.padding == 0) {
-            // Whole groups between line breaks: the common case.
-            while (limit - i >= 4) {
-                const quint32 v =
-                    kDigit0[in[i]] | kDigit1[in[i + 1]] | kDigit2[in[i + 2]] | kDigit3[in[i + 3]];
-                if (v & kNotDigit)
-                    break;
-                o[0] = char(v >> 16);
-                o[1] = char(v >> 8);
-                o[2] = char(v);
-                o += 3;
-                i += 4;
-            }
+            i = decodeGroups(in, i, limit, o);
             if (i == limit)
                 break;
         }
-        const char c = char(in[i]);
-        if (isSpace(c))
+        switch (takeCharacter(in[i], state)) {
+        case Taken::Space:
+        case Taken::Padding:
             continue;
-        if (c == '=' && (tail.count() >= 2 || state.padding > 0) &&
-            tail.count() + state.padding < 4) {
-            ++state.padding;
-            continue;
-        }
-        const quint32 digit = kDigit3[in[i]];
-        if ((digit & kNotDigit) || state.padding > 0)
+        case Taken::Stop:
             return i;
-        tail.add(digit);
-        if (tail.count() == 4)
-            o = tail.flush(o);
+        case Taken::Digit:
+            if (tail.count() == 4)
+                o = tail.flush(o);
+        }
     }
     return limit;
+}
+
+// Counts line ends as TextPosition does, one character at a time.
+void countLineEnd(const unsigned char *in, qsizetype i, qsizetype size, XmlBase64::LineEnds &lines)
+{
+    if (in[i] == '\n' || (in[i] == '\r' && (i + 1 == size || in[i + 1] != '\n'))) {
+        ++lines.count;
+        lines.lastLineStart = i + 1;
+    }
 }
 
 // Decodes `window` characters at a time, doubling it each step, so that
@@ -243,6 +280,41 @@ bool XmlBase64::decode(QByteArrayView text, QByteArray &out, qsizetype &errorAt)
 bool XmlBase64::decodePrefix(QByteArrayView text, QByteArray &out, qsizetype &end)
 {
     return decodeGrowing(text, kFirstWindow, out, end);
+}
+
+XmlBase64::InPlace XmlBase64::decodeInPlace(char *text, qsizetype size)
+{
+    const auto *in = reinterpret_cast<const unsigned char *>(text);
+    char *o = text;
+    DecodeState state;
+    InPlace run;
+    qsizetype i = 0;
+    for (; i < size; ++i) {
+        if (state.tail.count() == 0 && state.padding == 0) {
+            i = decodeGroups(in, i, size, o);
+            run.resume = i;
+            run.beforeResume = run.lineEnds;
+            if (i == size)
+                break;
+        }
+        const Taken taken = takeCharacter(in[i], state);
+        if (taken == Taken::Stop)
+            break;
+        if (taken == Taken::Space)
+            countLineEnd(in, i, size, run.lineEnds);
+        if (taken == Taken::Digit && state.tail.count() == 4) {
+            o = state.tail.flush(o);
+            run.resume = i + 1;
+            run.beforeResume = run.lineEnds;
+        }
+    }
+    run.end = i;
+    run.size = o - text;
+    run.whole = state.tail.count() != 1;
+    char last[3];
+    run.lastSize = state.tail.flush(last) - last;
+    std::memcpy(run.last, last, size_t(std::min<qsizetype>(run.lastSize, 2)));
+    return run;
 }
 
 qsizetype XmlBase64::encodedSize(qsizetype size, int lineLength, int indent)

@@ -2,9 +2,10 @@
 
 #include "StorageResult.h"
 
+#include <QByteArray>
 #include <QByteArrayView>
 
-/// Reads an XML property list held in memory; does not own the bytes.
+/// Reads an XML property list held in memory.
 ///
 /// Accepts the property list elements (a <plist> with one value, or a bare
 /// value element as the root) in UTF-8, UTF-16 or UTF-32, with the XML around
@@ -27,4 +28,8 @@ public:
     static bool recognizes(QByteArrayView bytes);
     /// The value, with format ADPlistFormatXML, or why the bytes were refused.
     static ReadResult read(QByteArrayView bytes);
+    /// The same, taking the bytes: large data is decoded in place, over its
+    /// own text, and may share the bytes (when it makes up most of them)
+    /// rather than be copied. The bytes are left changed.
+    static ReadResult read(QByteArray &&bytes);
 };

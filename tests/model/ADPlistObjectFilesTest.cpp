@@ -57,6 +57,32 @@ TEST_P(CorpusThroughTheReadingEntry, OpensValidFilesAndExplainsTheRest)
 INSTANTIATE_TEST_SUITE_P(Corpus, CorpusThroughTheReadingEntry, testing::ValuesIn(corpusFiles()),
                          [](const auto &row) { return row.param.testName(); });
 
+// Opening a file lets the XML reader decode large data over the file's bytes;
+// the value, and a refusal with both its reasons, must not differ from reading
+// bytes the caller keeps.
+TEST(ADPlistObjectFiles, OpensLargeXmlDataAsFromMemory)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("large.plist"));
+    const QByteArray base64 = QByteArray(400 * 1024, '\x5A').toBase64();
+    for (const QByteArray tail : {"", "<bogus/>"}) {
+        const QByteArray bytes = "<?xml version=\"1.0\"?>\n<plist><array><data>\n" + base64 +
+                                 "\n</data>" + tail + "</array></plist>\n";
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        ASSERT_EQ(file.write(bytes), bytes.size());
+        file.close();
+        std::optional<KZError> fromFile, fromMemory;
+        const PlistValue opened = ADPlistObject::readPlistFromFile(path, false, nullptr, &fromFile);
+        const PlistValue read = ADPlistObject::readPlistFromData(bytes, path, nullptr, &fromMemory);
+        EXPECT_EQ(opened.isNone(), !tail.isEmpty());
+        EXPECT_TRUE(opened.isIdenticalTo(read));
+        ASSERT_EQ(bool(fromFile), bool(fromMemory));
+        if (fromFile)
+            EXPECT_EQ(fromFile->localizedDescription(), fromMemory->localizedDescription());
+    }
+}
+
 TEST(ADPlistObjectFiles, TriesJsonOnlyAfterThePlistFormatsRefuse)
 {
     QVariantMap attributes;
