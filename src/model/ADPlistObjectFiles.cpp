@@ -113,19 +113,16 @@ ADPlistObject::Pointer ADPlistObject::plistObjectWithContentsOfFile(const QStrin
 ADPlistObject::Pointer ADPlistObject::plistObjectWithData(const QByteArray &data,
                                                           QVariantMap *attributes)
 {
-    ReadResult plist = PlistSerialization::read(data);
-    if (plist) {
-        if (attributes)
-            attributes->insert(PlistObjectFormat, plist.format);
-        return createWithPlist(plist.value);
-    }
-    ReadResult json = PlistSerialization::readJson(data);
+    ReadError jsonError;
+    const ReadResult read = PlistSerialization::readAnyFormat(QByteArray(data), jsonError);
+    // JSON, tried when no property list format reads the bytes, has no format code here.
+    const bool plist = read && read.format != ADPlistFormatJSON;
     if (attributes)
-        attributes->insert(PlistObjectFormat, ADPlistFormatUnknown);
-    if (json)
-        return createWithPlist(json.value);
+        attributes->insert(PlistObjectFormat, plist ? read.format : ADPlistFormatUnknown);
+    if (read)
+        return createWithPlist(read.value);
     if (attributes)
-        attributes->insert(PlistObjectErrorString, json.error.description());
+        attributes->insert(PlistObjectErrorString, jsonError.description());
     return nullptr;
 }
 

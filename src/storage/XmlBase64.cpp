@@ -311,9 +311,7 @@ XmlBase64::InPlace XmlBase64::decodeInPlace(char *text, qsizetype size)
     run.end = i;
     run.size = o - text;
     run.whole = state.tail.count() != 1;
-    char last[3];
-    run.lastSize = state.tail.flush(last) - last;
-    std::memcpy(run.last, last, size_t(std::min<qsizetype>(run.lastSize, 2)));
+    run.lastSize = state.tail.flush(run.last) - run.last;
     return run;
 }
 

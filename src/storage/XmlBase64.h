@@ -29,7 +29,7 @@ public:
     struct InPlace
     {
         qsizetype size = 0; // bytes of the whole groups, now at the start of the text
-        char last[2] = {};  // the bytes of a last partial group, not written
+        char last[3] = {};  // the bytes of a last partial group (two at most), not written
         qsizetype lastSize = 0;
         qsizetype end = 0;     // the first character that cannot be in Base64, or the size
         bool whole = true;     // false when the Base64 ends in the middle of a byte
