@@ -48,7 +48,11 @@ void RatioReporter::Finalize()
             continue;
         const std::string label = p[0] + " " + p[1] + " " + p[2] + " " + p[3];
         const std::string stem = p[0] + "/" + p[1] + "/" + p[2] + "/" + p[3] + "/";
-        if (const auto base = _mbPerSecond.find(stem + "libplist"); base != _mbPerSecond.end()) {
+        // Reading taken bytes is set beside libplist reading the same XML.
+        const std::string theirs = p[1] == "xmltaken"
+                                       ? p[0] + "/xml/" + p[2] + "/" + p[3] + "/libplist"
+                                       : stem + "libplist";
+        if (const auto base = _mbPerSecond.find(theirs); base != _mbPerSecond.end()) {
             printRow(label + " vs libplist", ours, base->second);
             continue;
         }

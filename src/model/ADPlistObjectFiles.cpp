@@ -2,6 +2,7 @@
 
 #include "ADPlistObject.h"
 
+#include "shared/HugePageAllocator.h"
 #include "shared/KZError.h"
 #include "shared/KZLocalizedString.h"
 #include "storage/PlistSerialization.h"
@@ -10,6 +11,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <exception>
 
 #include <unistd.h>
@@ -37,6 +39,22 @@ struct FileBytes
     std::optional<KZError> error;
 };
 
+// The bytes of an open file. A big buffer gets huge pages before it is filled:
+// the XML reader may decode data over it, and the data may then keep it.
+QByteArray readAllOf(QFile &file)
+{
+    const qint64 size = file.size();
+    if (size <= 0)
+        return file.readAll(); // empty, or no regular file
+    QByteArray bytes(size, Qt::Uninitialized);
+    plist_detail::adviseHugePages(bytes.data(), size_t(size));
+    const qint64 read = file.read(bytes.data(), size);
+    bytes.truncate(std::max<qint64>(read, 0));
+    if (read == size)
+        bytes += file.readAll(); // what was added since the size was taken
+    return bytes;
+}
+
 // The whole file, or no bytes at all when the user may not read it (the
 // parsers then refuse the empty input).
 FileBytes readWholeFile(const QString &path)
@@ -46,7 +64,7 @@ FileBytes readWholeFile(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {{}, KZError(KZErrorDomain, kReadErrorCode, file.errorString())};
-    QByteArray bytes = file.readAll();
+    QByteArray bytes = readAllOf(file);
     if (file.error() != QFileDevice::NoError)
         return {{}, KZError(KZErrorDomain, kReadErrorCode, file.errorString())};
     return {std::move(bytes), std::nullopt};

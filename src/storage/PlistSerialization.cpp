@@ -9,6 +9,24 @@
 #include "XmlReader.h"
 #include "XmlWriter.h"
 
+#include <algorithm>
+
+namespace {
+
+// UTF-8 text up to its first character that is not white space, included.
+// JSON refuses valid UTF-8 that starts with markup right there, so this much
+// gives its reason for the whole, and the XML reader never writes over it.
+QByteArrayView untilFirstMarkup(QByteArrayView text)
+{
+    qsizetype i = text.startsWith("\xEF\xBB\xBF") ? 3 : 0;
+    while (i < text.size() &&
+           (text[i] == ' ' || text[i] == '\t' || text[i] == '\n' || text[i] == '\r'))
+        ++i;
+    return text.first(std::min(i + 1, text.size()));
+}
+
+} // namespace
+
 ReadResult PlistSerialization::read(QByteArrayView bytes)
 {
     if (bytes.isEmpty())
@@ -44,10 +62,13 @@ ReadResult PlistSerialization::readAnyFormat(QByteArray &&bytes, ReadError &json
         jsonError = json.error;
         return plist;
     }
-    // JSON refuses markup at its first character; its reason is taken before
-    // the XML reader writes over the bytes.
-    jsonError = readJson(bytes).error;
-    return XmlReader::read(std::move(bytes));
+    // What reads as XML never reads as JSON; only JSON's reason is wanted, and
+    // only when XML refuses the bytes too.
+    bool wroteOver = false;
+    ReadResult xml = XmlReader::read(std::move(bytes), &wroteOver);
+    if (!xml)
+        jsonError = readJson(wroteOver ? untilFirstMarkup(bytes) : QByteArrayView(bytes)).error;
+    return xml;
 }
 
 WriteResult PlistSerialization::write(const PlistValue &value, ADPlistFormat format,

@@ -356,6 +356,8 @@ public:
           _writable(owner ? owner->data() + (text.data() - owner->constData()) : nullptr)
     {}
 
+    bool wroteOver() const { return !_overwritten.empty(); }
+
     ReadResult run()
     {
         if (!prolog() || !body() || !epilog())
@@ -1324,8 +1326,9 @@ ReadResult readDeclared(QByteArrayView text, QByteArrayView name)
     return Parser(utf8, &utf8).run();
 }
 
-// `owner`, when given, holds `bytes` and may be written over.
-ReadResult readXml(QByteArrayView bytes, QByteArray *owner)
+// `owner`, when given, holds `bytes` and may be written over; `wroteOver`
+// then tells whether it was.
+ReadResult readXml(QByteArrayView bytes, QByteArray *owner, bool *wroteOver)
 {
     if (bytes.isEmpty())
         return ReadResult::failure({QStringLiteral("the input is empty")});
@@ -1350,7 +1353,11 @@ ReadResult readXml(QByteArrayView bytes, QByteArray *owner)
         return failure(text, invalid,
                        QStringLiteral("invalid UTF-8: byte 0x%1 does not belong here")
                            .arg(quint8(text[invalid]), 2, 16, QLatin1Char('0')));
-    return Parser(text, owner).run();
+    Parser parser(text, owner);
+    ReadResult result = parser.run();
+    if (wroteOver)
+        *wroteOver = parser.wroteOver();
+    return result;
 }
 
 } // namespace
@@ -1382,11 +1389,13 @@ bool XmlReader::recognizes(QByteArrayView bytes)
 
 ReadResult XmlReader::read(QByteArrayView bytes)
 {
-    return readXml(bytes, nullptr);
+    return readXml(bytes, nullptr, nullptr);
 }
 
-ReadResult XmlReader::read(QByteArray &&bytes)
+ReadResult XmlReader::read(QByteArray &&bytes, bool *wroteOver)
 {
+    if (wroteOver)
+        *wroteOver = false;
     // Only bytes no one else holds may be written over.
-    return readXml(bytes, bytes.isDetached() ? &bytes : nullptr);
+    return readXml(bytes, bytes.isDetached() ? &bytes : nullptr, wroteOver);
 }

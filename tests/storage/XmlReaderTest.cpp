@@ -288,8 +288,9 @@ ReadResult readBothWays(const QByteArray &file)
     const ReadResult viewed = XmlReader::read(QByteArrayView(file));
     ReadResult taken = XmlReader::read(QByteArray(file.constData(), file.size()));
     EXPECT_EQ(bool(taken), bool(viewed));
-    if (viewed && taken)
+    if (viewed && taken) {
         EXPECT_TRUE(taken.value.isIdenticalTo(viewed.value));
+    }
     EXPECT_EQ(taken.error.description(), viewed.error.description());
     return taken;
 }
