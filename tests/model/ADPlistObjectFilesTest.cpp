@@ -59,13 +59,13 @@ INSTANTIATE_TEST_SUITE_P(Corpus, CorpusThroughTheReadingEntry, testing::ValuesIn
 
 // Opening a file lets the XML reader decode large data over the file's bytes;
 // the value, and a refusal with both its reasons, must not differ from reading
-// bytes the caller keeps.
+// bytes the caller keeps, and JSON's reason stays what JSON says of the file.
 TEST(ADPlistObjectFiles, OpensLargeXmlDataAsFromMemory)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("large.plist"));
-    const QByteArray base64 = QByteArray(400 * 1024, '\x5A').toBase64();
-    for (const QByteArray tail : {"", "<bogus/>"}) {
+    const QByteArray base64 = QByteArray(400 * 1024, '\xFF').toBase64(); // not UTF-8 once decoded
+    for (const QByteArray tail : {"", "<bogus/>", "<string>\xFF</string>"}) {
         const QByteArray bytes = "<?xml version=\"1.0\"?>\n<plist><array><data>\n" + base64 +
                                  "\n</data>" + tail + "</array></plist>\n";
         QFile file(path);
@@ -78,8 +78,12 @@ TEST(ADPlistObjectFiles, OpensLargeXmlDataAsFromMemory)
         EXPECT_EQ(opened.isNone(), !tail.isEmpty());
         EXPECT_TRUE(opened.isIdenticalTo(read));
         ASSERT_EQ(bool(fromFile), bool(fromMemory));
-        if (fromFile)
+        if (fromFile) {
             EXPECT_EQ(fromFile->localizedDescription(), fromMemory->localizedDescription());
+            const QString json = PlistSerialization::readJson(bytes).error.description();
+            EXPECT_TRUE(fromFile->localizedDescription().endsWith(json))
+                << qPrintable(fromFile->localizedDescription());
+        }
     }
 }
 
