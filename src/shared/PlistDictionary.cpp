@@ -198,6 +198,79 @@ void PlistDictionary::insertPairs(PlistValue *first, PlistValue *last)
     }
 }
 
+void PlistDictionary::append(PlistValue key, PlistValue value)
+{
+    node().entries.push_back({std::move(key), std::move(value)});
+}
+
+void PlistDictionary::endAppending()
+{
+    DictionaryNode &d = node();
+    const size_t n = d.entries.size();
+    std::vector<size_t> repeats;
+    if (n <= kIndexThreshold) {
+        dropIndex(d);
+        // A scan finds the first entry of a key before any repeat of it.
+        for (size_t i = 1; i < n; ++i) {
+            const StringNode &key = stringNode(d.entries[i].key);
+            for (size_t first = 0; first < i; ++first) {
+                if (stringNode(d.entries[first].key).equals(key)) {
+                    d.entries[first].value = std::move(d.entries[i].value);
+                    repeats.push_back(i);
+                    break;
+                }
+            }
+        }
+        dropRepeats(d, repeats);
+        return;
+    }
+    constexpr size_t kAhead = 16; // entries: about one cache miss's time
+    d.table.assign(std::bit_ceil(std::max<size_t>(16, n * 2)), {0, 0});
+    d.indexed = true;
+    const size_t mask = d.table.size() - 1;
+    for (size_t i = 0; i < n; ++i) {
+        // The key's node two misses ahead, then its slot, which needs its hash.
+        if (i + 2 * kAhead < n)
+            d.entries[i + 2 * kAhead].key.prefetch();
+        if (i + kAhead < n)
+            __builtin_prefetch(&d.table[stringNode(d.entries[i + kAhead].key).hashValue() & mask]);
+        const StringNode &key = stringNode(d.entries[i].key);
+        const quint32 hash = key.hashValue();
+        size_t slot = hash & mask;
+        for (; d.table[slot].entry != 0; slot = (slot + 1) & mask) {
+            const size_t j = d.table[slot].entry - 1;
+            if (d.table[slot].hash == hash && stringNode(d.entries[j].key).equals(key))
+                break;
+        }
+        if (d.table[slot].entry == 0) {
+            d.table[slot] = {quint32(i + 1), hash};
+            continue;
+        }
+        d.entries[d.table[slot].entry - 1].value = std::move(d.entries[i].value);
+        repeats.push_back(i);
+    }
+    if (!repeats.empty()) {
+        dropRepeats(d, repeats);
+        buildIndex(d, d.entries.size());
+    }
+}
+
+void PlistDictionary::dropRepeats(DictionaryNode &d, const std::vector<size_t> &repeats)
+{
+    if (repeats.empty())
+        return;
+    size_t kept = 0;
+    auto next = repeats.begin();
+    for (size_t i = 0; i < d.entries.size(); ++i) {
+        if (next != repeats.end() && *next == i) {
+            ++next;
+            continue;
+        }
+        d.entries[kept++] = std::move(d.entries[i]);
+    }
+    d.entries.resize(kept);
+}
+
 void PlistDictionary::insertAt(qsizetype index, const PlistValue &key, PlistValue value)
 {
     Q_ASSERT(key.isString() && !contains(key.stringView()));

@@ -43,6 +43,13 @@ public:
     /// dictionary of millions of keys (each key, then its place in the index)
     /// going in parallel.
     void insertPairs(PlistValue *first, PlistValue *last);
+    /// For a reader filling a new dictionary: appends the pair without
+    /// looking its key up. `endAppending` must follow before any other use.
+    void append(PlistValue key, PlistValue value);
+    /// Builds the index of appended pairs in one pass, with the cache misses
+    /// of millions of keys in parallel, and settles repeated keys as `insert`
+    /// does: the last value, in the first key's place.
+    void endAppending();
     /// Puts a key that is not present yet at `index`.
     void insertAt(qsizetype index, const PlistValue &key, PlistValue value);
     void replaceAt(qsizetype index, PlistValue value);
@@ -75,6 +82,9 @@ private:
     void ensureIndex() const;
     /// An index with room for `entries` entries at most half full.
     static void buildIndex(plist_detail::DictionaryNode &d, size_t entries);
+    /// Drops the entries at `repeats`, ascending, whose values went to the
+    /// first entry of their key.
+    static void dropRepeats(plist_detail::DictionaryNode &d, const std::vector<size_t> &repeats);
 
     PlistValue _value; // none, or a dictionary
 };

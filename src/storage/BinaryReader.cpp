@@ -148,8 +148,7 @@ private:
         quint64 refs = 0;           // offset of the first reference
         quint64 count = 0;
         quint64 next = 0;
-        quint64 object = 0;   // marked as on the path while open
-        size_t pairsFrom = 0; // a dictionary's keys and values so far, in _pairs
+        quint64 object = 0; // marked as on the path while open
     };
 
     bool fail(quint64 offset, const QString &message);
@@ -190,8 +189,7 @@ private:
     std::vector<quint8> _state;      // by object index: kOnPath, kSeen
     std::vector<PlistValue> _leaves; // by object index, once some leaf is met twice
     std::vector<Frame> _stack;
-    std::vector<PlistValue> _pairs; // keys and values of the open dictionaries
-    std::optional<Frame> _opened;   // a container made by the last step, to push next
+    std::optional<Frame> _opened; // a container made by the last step, to push next
     std::vector<char16_t> _units;
     ReadError _error;
 };
@@ -294,8 +292,6 @@ ReadResult Parser::run()
     const PlistValue root = take(top, fresh);
     while (true) {
         if (_opened) {
-            // Its pairs start after those of the entry that holds it.
-            _opened->pairsFrom = _pairs.size();
             _stack.push_back(std::move(*_opened));
             _opened.reset();
         }
@@ -303,11 +299,8 @@ ReadResult Parser::run()
             break;
         Frame &frame = _stack.back();
         if (frame.next == frame.count) {
-            if (!frame.dictionary.isNull()) {
-                frame.dictionary.insertPairs(_pairs.data() + frame.pairsFrom,
-                                             _pairs.data() + _pairs.size());
-                _pairs.resize(frame.pairsFrom);
-            }
+            if (!frame.dictionary.isNull())
+                frame.dictionary.endAppending();
             _state[frame.object] &= ~kOnPath;
             _stack.pop_back();
             continue;
@@ -333,9 +326,7 @@ bool Parser::step(Frame &frame)
         if (!readKey(frame.refs + i * _refSize, freshKey, key) || !readReference(valueAt, object) ||
             !resolve(object, valueAt, fresh, value))
             return false;
-        // Inserted when the dictionary is complete, all at once.
-        _pairs.push_back(take(key, freshKey));
-        _pairs.push_back(take(value, fresh));
+        frame.dictionary.append(take(key, freshKey), take(value, fresh));
         return true;
     }
     const quint64 at = frame.refs + i * _refSize;

@@ -217,22 +217,36 @@ TEST(PlistDictionary, FindsKeysInLargeDictionariesAfterMoves)
 }
 
 // What readers rely on: a repeated key keeps its first place and its last
-// value, at every size, reserved or not.
-TEST(PlistDictionary, InsertsPairsLikeSingleInserts)
+// value, at every size, reserved or not, whichever way pairs are added.
+TEST(PlistDictionary, AddsPairsInBulkLikeSingleInserts)
 {
-    for (const qsizetype reserve : {0, 3000}) {
+    struct Fill
+    {
+        int pairs;
+        int keys;
+        qsizetype reserve;
+    };
+    for (const Fill fill : {Fill{3000, 1000, 0}, Fill{3000, 1000, 3000}, Fill{7, 3, 7},
+                            Fill{9, 9, 9}, Fill{12, 5, 0}}) {
         std::vector<PlistValue> pairs;
-        for (int i = 0; i < 3000; ++i) {
-            pairs.push_back(PlistValue(QStringLiteral("k%1").arg(i % 1000)));
+        PlistDictionary one = PlistDictionary::create();
+        PlistDictionary appended = PlistDictionary::create(fill.reserve);
+        for (int i = 0; i < fill.pairs; ++i) {
+            const QString key = QStringLiteral("k%1").arg(i % fill.keys);
+            pairs.push_back(PlistValue(key));
             pairs.push_back(PlistValue(i));
+            one.insert(key, PlistValue(i));
+            appended.append(PlistValue(key), PlistValue(i));
         }
-        PlistDictionary d = PlistDictionary::create(reserve);
-        d.insertPairs(pairs.data(), pairs.data() + pairs.size());
-        ASSERT_EQ(d.count(), 1000);
-        for (const int k : {0, 7, 8, 999}) {
-            EXPECT_EQ(d.keyAt(k), QStringLiteral("k%1").arg(k));
-            EXPECT_EQ(d.valueAt(k).toInteger(), 2000 + k);
-            EXPECT_EQ(d.indexOf(QStringLiteral("k%1").arg(k)), k);
+        appended.endAppending();
+        PlistDictionary inserted = PlistDictionary::create(fill.reserve);
+        inserted.insertPairs(pairs.data(), pairs.data() + pairs.size());
+        ASSERT_EQ(one.count(), fill.keys);
+        EXPECT_EQ(one.valueAt(0).toInteger(), fill.pairs - 1 - (fill.pairs - 1) % fill.keys);
+        for (const PlistDictionary &d : {inserted, appended}) {
+            EXPECT_TRUE(d.value().isIdenticalTo(one.value())) << fill.pairs << " " << fill.keys;
+            for (int k = 0; k < fill.keys; k += 7)
+                EXPECT_EQ(d.indexOf(QStringLiteral("k%1").arg(k)), k);
         }
     }
 }
