@@ -1,5 +1,7 @@
 #include "BinaryWriter.h"
 
+#include "ParallelParts.h"
+
 #include "shared/HugePageAllocator.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -259,6 +261,7 @@ private:
     void encodeNumber(const PlistValue &value);
     template <typename Unit> void encodeUnits(const Unit *units, qsizetype n);
     void putHeader(uchar marker, quint64 count);
+    void copyData(const QByteArray &bytes);
     void putRefs(quint64 count);
 
     std::vector<const PlistValue *> _objects; // in file order
@@ -501,9 +504,7 @@ void Writer::encode(const PlistValue &value)
     case PlistValue::Kind::Data: {
         const QByteArray bytes = value.toData();
         putHeader(0x40, quint64(bytes.size()));
-        if (!bytes.isEmpty())
-            std::memcpy(_cursor, bytes.constData(), size_t(bytes.size()));
-        _cursor += bytes.size();
+        copyData(bytes);
         return;
     }
     case PlistValue::Kind::String:
@@ -569,6 +570,18 @@ void Writer::putHeader(uchar marker, quint64 count)
     *_cursor++ = char(marker | 0x0F);
     *_cursor++ = char(0x10 | std::countr_zero(unsigned(width)));
     _cursor = putBigEndian(_cursor, count, width);
+}
+
+// A large block is copied on all cores: one core alone cannot fill fresh
+// memory as fast as the memory takes it.
+void Writer::copyData(const QByteArray &bytes)
+{
+    constexpr qsizetype kBytesPerPart = qsizetype(4) << 20;
+    char *const to = _cursor;
+    ParallelParts::run(bytes.size(), kBytesPerPart, [&bytes, to](qsizetype from, qsizetype end) {
+        std::memcpy(to + from, bytes.constData() + from, size_t(end - from));
+    });
+    _cursor += bytes.size();
 }
 
 void Writer::putRefs(quint64 count)

@@ -122,6 +122,20 @@ TEST(BinaryWriter, WidensReferencesAndOffsetsOnlyWhenNeeded)
     EXPECT_TRUE(readBack(file).isIdenticalTo(array));
 }
 
+// Blocks this large are copied in parts on several threads.
+TEST(BinaryWriter, WritesLargeDataWhole)
+{
+    std::vector<PlistValue> blocks;
+    for (const qsizetype size : {qsizetype(9) << 20, (qsizetype(9) << 20) + 5}) {
+        QByteArray bytes(size, Qt::Uninitialized);
+        for (qsizetype i = 0; i < size; ++i)
+            bytes[i] = char(i * 151 ^ (i >> 11) ^ size);
+        blocks.push_back(PlistValue::data(bytes));
+    }
+    const PlistValue value = arrayOf({blocks[0], str("between"), blocks[1]});
+    EXPECT_TRUE(readBack(written(value)).isIdenticalTo(value));
+}
+
 TEST(BinaryWriter, WritesNesting100000DeepWithoutRecursion)
 {
     PlistValue value = str("seed");

@@ -133,6 +133,29 @@ TEST(XmlWriter, WritesDataOfEveryLengthAsStandardBase64)
     }
 }
 
+// Blocks this large are encoded in parts on several threads: the parts must
+// meet in whole lines, at the top and indented, whatever the remainder.
+TEST(XmlWriter, WritesLargeDataInTheSameLinesAsSmall)
+{
+    for (const qsizetype size : {qsizetype(9) << 20, (qsizetype(9) << 20) + 1}) {
+        QByteArray data(size, Qt::Uninitialized);
+        for (qsizetype i = 0; i < size; ++i)
+            data[i] = char(i * 151 ^ (i >> 11));
+        const QByteArray digits = data.toBase64();
+        for (const int indent : {0, 1}) {
+            const qsizetype lineLength = 76 - 8 * indent;
+            QByteArray expected = "<data>\n";
+            for (qsizetype at = 0; at < digits.size(); at += lineLength)
+                expected += QByteArray(indent, '\t') + digits.mid(at, lineLength) + '\n';
+            const PlistValue value =
+                indent == 0 ? PlistValue::data(data) : arrayOf({PlistValue::data(data)});
+            const QByteArray written = XmlWriter::write(value).data;
+            const qsizetype from = written.indexOf("<data>");
+            ASSERT_EQ(written.mid(from, expected.size()), expected) << size << " " << indent;
+        }
+    }
+}
+
 // --- layout of each kind of value ------------------------------------------------------
 
 struct Layout
