@@ -106,14 +106,7 @@ qsizetype PlistDictionary::indexOfKey(const PlistValue &key) const
         return -1;
     }
     ensureIndex();
-    const quint32 hash = wanted.hashValue();
-    const size_t mask = d.table.size() - 1;
-    for (size_t slot = hash & mask; d.table[slot].entry != 0; slot = (slot + 1) & mask) {
-        const size_t i = d.table[slot].entry - 1;
-        if (d.table[slot].hash == hash && stringNode(d.entries[i].key).equals(wanted))
-            return qsizetype(i);
-    }
-    return -1;
+    return qsizetype(d.table[slotFor(d, wanted, wanted.hashValue())].entry) - 1;
 }
 
 PlistValue PlistDictionary::value(QAnyStringView key) const
@@ -144,15 +137,6 @@ void PlistDictionary::reserve(qsizetype size)
     node().entries.reserve(size_t(size));
 }
 
-void PlistDictionary::prefetch(const PlistValue &key) const noexcept
-{
-    const DictionaryNode &d = node();
-    if (!d.indexed)
-        return;
-    const size_t mask = d.table.size() - 1;
-    __builtin_prefetch(&d.table[stringNode(key).hashValue() & mask]);
-}
-
 void PlistDictionary::insert(PlistValue key, PlistValue value)
 {
     DictionaryNode &d = node();
@@ -168,34 +152,36 @@ void PlistDictionary::insert(PlistValue key, PlistValue value)
     }
     if (!d.indexed || (d.entries.size() + 1) * 2 > d.table.size())
         buildIndex(d, std::max(d.entries.capacity(), 2 * (d.entries.size() + 1)));
-    // One probe finds the key or the free slot it takes.
-    const StringNode &wanted = stringNode(key);
-    const quint32 hash = wanted.hashValue();
-    const size_t mask = d.table.size() - 1;
-    size_t slot = hash & mask;
-    for (; d.table[slot].entry != 0; slot = (slot + 1) & mask) {
-        const size_t i = d.table[slot].entry - 1;
-        if (d.table[slot].hash == hash && stringNode(d.entries[i].key).equals(wanted)) {
-            d.entries[i].value = std::move(value);
-            return;
-        }
+    const quint32 hash = stringNode(key).hashValue();
+    const size_t slot = slotFor(d, stringNode(key), hash);
+    if (d.table[slot].entry != 0) {
+        d.entries[d.table[slot].entry - 1].value = std::move(value);
+        return;
     }
     d.entries.push_back({std::move(key), std::move(value)});
     d.table[slot] = {quint32(d.entries.size()), hash};
 }
 
+// One probe finds the key or the free slot it takes.
+size_t PlistDictionary::slotFor(const DictionaryNode &d, const StringNode &key, quint32 hash)
+{
+    const size_t mask = d.table.size() - 1;
+    size_t slot = hash & mask;
+    for (; d.table[slot].entry != 0; slot = (slot + 1) & mask) {
+        const size_t i = d.table[slot].entry - 1;
+        if (d.table[slot].hash == hash && stringNode(d.entries[i].key).equals(key))
+            break;
+    }
+    return slot;
+}
+
 void PlistDictionary::insertPairs(PlistValue *first, PlistValue *last)
 {
-    constexpr ptrdiff_t kAhead = 16; // pairs: about one cache miss's time
-    const ptrdiff_t pairs = (last - first) / 2;
-    for (ptrdiff_t i = 0; i < pairs; ++i) {
-        // The key's node two misses ahead, then its slot, which needs its hash.
-        if (i + 2 * kAhead < pairs)
-            first[2 * (i + 2 * kAhead)].prefetch();
-        if (i + kAhead < pairs)
-            prefetch(first[2 * (i + kAhead)]);
-        insert(std::move(first[2 * i]), std::move(first[2 * i + 1]));
-    }
+    DictionaryNode &d = node();
+    d.entries.reserve(d.entries.size() + size_t(last - first) / 2);
+    for (PlistValue *pair = first; pair + 1 < last; pair += 2)
+        append(std::move(pair[0]), std::move(pair[1]));
+    endAppending();
 }
 
 void PlistDictionary::append(PlistValue key, PlistValue value)
@@ -236,12 +222,7 @@ void PlistDictionary::endAppending()
             __builtin_prefetch(&d.table[stringNode(d.entries[i + kAhead].key).hashValue() & mask]);
         const StringNode &key = stringNode(d.entries[i].key);
         const quint32 hash = key.hashValue();
-        size_t slot = hash & mask;
-        for (; d.table[slot].entry != 0; slot = (slot + 1) & mask) {
-            const size_t j = d.table[slot].entry - 1;
-            if (d.table[slot].hash == hash && stringNode(d.entries[j].key).equals(key))
-                break;
-        }
+        const size_t slot = slotFor(d, key, hash);
         if (d.table[slot].entry == 0) {
             d.table[slot] = {quint32(i + 1), hash};
             continue;

@@ -31,24 +31,19 @@ public:
     const PlistValue &valueAt(qsizetype index) const noexcept;
 
     void reserve(qsizetype size);
-    /// A hint that `key` (a string) is about to be inserted: starts fetching
-    /// its place in the index, which in a dictionary of millions of keys is a
-    /// cache miss that the caller can overlap with reading the value.
-    void prefetch(const PlistValue &key) const noexcept;
     /// Sets the value of a key: in its place if present, else appended.
     void insert(PlistValue key, PlistValue value);
     void insert(const QString &key, PlistValue value) { insert(PlistValue(key), std::move(value)); }
     /// Inserts keys and values given alternately from `first` to `last`, moving
-    /// them out: `insert` for each pair, but it keeps the cache misses of a
-    /// dictionary of millions of keys (each key, then its place in the index)
-    /// going in parallel.
+    /// them out: `insert` for each pair, by `append` and `endAppending`.
     void insertPairs(PlistValue *first, PlistValue *last);
-    /// For a reader filling a new dictionary: appends the pair without
-    /// looking its key up. `endAppending` must follow before any other use.
+    /// For a reader filling a dictionary: appends the pair without looking
+    /// its key up. `endAppending` must follow before any other use.
     void append(PlistValue key, PlistValue value);
-    /// Builds the index of appended pairs in one pass, with the cache misses
-    /// of millions of keys in parallel, and settles repeated keys as `insert`
-    /// does: the last value, in the first key's place.
+    /// Indexes the entries in one pass, with the cache misses of millions of
+    /// keys (each key, then its place in the index) in parallel, and settles
+    /// appended keys that repeat as `insert` does: the last value, in the
+    /// first key's place.
     void endAppending();
     /// Puts a key that is not present yet at `index`.
     void insertAt(qsizetype index, const PlistValue &key, PlistValue value);
@@ -82,6 +77,9 @@ private:
     void ensureIndex() const;
     /// An index with room for `entries` entries at most half full.
     static void buildIndex(plist_detail::DictionaryNode &d, size_t entries);
+    /// The slot in the index that holds `key`, or else the free one it would take.
+    static size_t slotFor(const plist_detail::DictionaryNode &d,
+                          const plist_detail::StringNode &key, quint32 hash);
     /// Drops the entries at `repeats`, ascending, whose values went to the
     /// first entry of their key.
     static void dropRepeats(plist_detail::DictionaryNode &d, const std::vector<size_t> &repeats);
