@@ -178,9 +178,10 @@ size_t PlistDictionary::slotFor(const DictionaryNode &d, const StringNode &key, 
 void PlistDictionary::insertPairs(PlistValue *first, PlistValue *last)
 {
     DictionaryNode &d = node();
-    d.entries.reserve(d.entries.size() + size_t(last - first) / 2);
-    for (PlistValue *pair = first; pair + 1 < last; pair += 2)
-        append(std::move(pair[0]), std::move(pair[1]));
+    const ptrdiff_t pairs = (last - first) / 2;
+    d.entries.reserve(d.entries.size() + size_t(pairs));
+    for (ptrdiff_t i = 0; i < pairs; ++i)
+        append(std::move(first[2 * i]), std::move(first[2 * i + 1]));
     endAppending();
 }
 
