@@ -42,6 +42,23 @@ private:
     StringNode() : PlistNode(NodeKind::String) {}
 };
 
+/// Data small enough for the node pool, stored right after the header in one
+/// allocation. Most data in property lists (hashes, identifiers, keys) is this
+/// small, and a buffer of its own would cost an allocation more per value.
+struct SmallDataNode : PlistNode
+{
+    static SmallDataNode *create(QByteArrayView bytes);
+    static void destroy(SmallDataNode *node) noexcept;
+
+    quint32 length = 0;
+
+    const char *bytes() const noexcept { return reinterpret_cast<const char *>(this + 1); }
+
+private:
+    SmallDataNode() : PlistNode(NodeKind::SmallData) {}
+};
+
+/// Data beyond what a small data node holds.
 struct DataNode : PlistNode
 {
     explicit DataNode(const QByteArray &b) : PlistNode(NodeKind::Data), bytes(b) {}

@@ -126,7 +126,7 @@ int compareNumbers(const PlistValue &a, const PlistValue &b)
                                        : threeWay(a.toInteger(), b.toInteger());
 }
 
-int compareData(const QByteArray &a, const QByteArray &b)
+int compareData(QByteArrayView a, QByteArrayView b)
 {
     if (a.size() != b.size())
         return a.size() < b.size() ? -1 : 1;
@@ -158,7 +158,7 @@ bool leavesEqual(const PlistValue &a, const PlistValue &b)
     case PlistValue::Kind::String:
         return QAnyStringView::equal(a.stringView(), b.stringView());
     case PlistValue::Kind::Data:
-        return a.toData() == b.toData();
+        return a.dataView() == b.dataView();
     case PlistValue::Kind::Uid:
         return a.toUid() == b.toUid();
     case PlistValue::Kind::Null:
@@ -308,7 +308,16 @@ PlistValue PlistValue::date(double secondsSinceReferenceDate)
 
 PlistValue PlistValue::data(const QByteArray &bytes)
 {
+    if (SmallDataNode *small = SmallDataNode::create(bytes))
+        return PlistValue(small);
     return PlistValue(new DataNode(bytes));
+}
+
+PlistValue PlistValue::dataCopy(QByteArrayView bytes)
+{
+    if (SmallDataNode *small = SmallDataNode::create(bytes))
+        return PlistValue(small);
+    return PlistValue(new DataNode(bytes.toByteArray()));
 }
 
 PlistValue PlistValue::uid(quint64 value)
@@ -459,7 +468,22 @@ qsizetype PlistValue::stringLength() const noexcept
 QByteArray PlistValue::toData() const
 {
     const PlistNode *n = node();
-    return n && n->kind == NodeKind::Data ? static_cast<const DataNode *>(n)->bytes : QByteArray();
+    if (n && n->kind == NodeKind::Data)
+        return static_cast<const DataNode *>(n)->bytes;
+    return dataView().toByteArray();
+}
+
+QByteArrayView PlistValue::dataView() const noexcept
+{
+    const PlistNode *n = node();
+    if (!n)
+        return {};
+    if (n->kind == NodeKind::Data)
+        return static_cast<const DataNode *>(n)->bytes;
+    if (n->kind != NodeKind::SmallData)
+        return {};
+    const auto *small = static_cast<const SmallDataNode *>(n);
+    return QByteArrayView(small->bytes(), qsizetype(small->length));
 }
 
 void PlistValue::detachDataStorage()
@@ -505,7 +529,7 @@ int PlistValue::compare(const PlistValue &other) const
     case Kind::Date:
         return threeWay(toDate(), other.toDate());
     case Kind::Data:
-        return compareData(toData(), other.toData());
+        return compareData(dataView(), other.dataView());
     default:
         return 0;
     }
@@ -598,6 +622,9 @@ void destroyNode(PlistNode *n) noexcept
     case NodeKind::Data:
         delete static_cast<DataNode *>(n);
         break;
+    case NodeKind::SmallData:
+        SmallDataNode::destroy(static_cast<SmallDataNode *>(n));
+        break;
     case NodeKind::Array:
         delete static_cast<ArrayNode *>(n);
         break;
@@ -685,6 +712,26 @@ void StringNode::destroy(StringNode *node) noexcept
 {
     const size_t bytes = sizeof(StringNode) + size_t(node->length) * (node->wide ? 2 : 1);
     node->~StringNode();
+    PlistNode::operator delete(node, bytes);
+}
+
+// Null when the bytes are too many for the node pool.
+SmallDataNode *SmallDataNode::create(QByteArrayView bytes)
+{
+    if (bytes.size() > qsizetype(NodeAllocator::kLargest - sizeof(SmallDataNode)))
+        return nullptr;
+    auto *node =
+        ::new (PlistNode::operator new(sizeof(SmallDataNode) + size_t(bytes.size()))) SmallDataNode;
+    node->length = quint32(bytes.size());
+    if (!bytes.isEmpty())
+        std::memcpy(node + 1, bytes.data(), size_t(bytes.size()));
+    return node;
+}
+
+void SmallDataNode::destroy(SmallDataNode *node) noexcept
+{
+    const size_t bytes = sizeof(SmallDataNode) + node->length;
+    node->~SmallDataNode();
     PlistNode::operator delete(node, bytes);
 }
 

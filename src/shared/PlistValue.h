@@ -23,6 +23,7 @@ enum class NodeKind : quint8
     Uid,
     String,
     Data,
+    SmallData, // data of a few hundred bytes at most, stored in the node itself
     Array,
     Dictionary,
 };
@@ -97,6 +98,9 @@ public:
     /// Seconds since 2001-01-01 00:00:00 UTC, the binary format's reference clock.
     static PlistValue date(double secondsSinceReferenceDate);
     static PlistValue data(const QByteArray &bytes);
+    /// Data holding a copy of `bytes`, for readers: small data then needs no
+    /// buffer of its own at all.
+    static PlistValue dataCopy(QByteArrayView bytes);
     static PlistValue uid(quint64 value);
     static PlistValue fromUtf8(const char *bytes, qsizetype size);
     static PlistValue fromLatin1(const char *bytes, qsizetype size);
@@ -132,9 +136,9 @@ public:
         static constexpr Kind kByTag[] = {Kind::None,    Kind::Number, Kind::Number, Kind::Date,
                                           Kind::Boolean, Kind::Null,   Kind::Uid,    Kind::None};
         // By node kind, in the order of plist_detail::NodeKind.
-        static constexpr Kind kByNode[] = {Kind::Number, Kind::Number, Kind::Number,
-                                           Kind::Date,   Kind::Uid,    Kind::String,
-                                           Kind::Data,   Kind::Array,  Kind::Dictionary};
+        static constexpr Kind kByNode[] = {Kind::Number, Kind::Number,    Kind::Number, Kind::Date,
+                                           Kind::Uid,    Kind::String,    Kind::Data,   Kind::Data,
+                                           Kind::Array,  Kind::Dictionary};
         if (const plist_detail::PlistNode *n = node())
             return kByNode[size_t(n->kind)];
         return kByTag[tag()];
@@ -171,6 +175,8 @@ public:
     QAnyStringView stringView() const noexcept;
     qsizetype stringLength() const noexcept;
     QByteArray toData() const;
+    /// The data's bytes without a copy; valid while the value lives.
+    QByteArrayView dataView() const noexcept;
     /// Gives data bytes that are a slice of a larger buffer storage of their
     /// own, so that the value stops keeping that buffer alive. The value stays
     /// equal; for readers, before any other thread can hold it.

@@ -130,7 +130,7 @@ void appendString(QByteArray &out, QAnyStringView text)
     });
 }
 
-void appendData(QByteArray &out, const QByteArray &data)
+void appendData(QByteArray &out, QByteArrayView data)
 {
     out += '<';
     for (qsizetype i = 0; i < data.size(); ++i) {
@@ -269,7 +269,7 @@ bool Writer::writeLeaf(const PlistValue &value)
         _out += value.toBool() ? '1' : '0';
         return true;
     case PlistValue::Kind::Data:
-        appendData(_out, value.toData());
+        appendData(_out, value.dataView());
         return true;
     case PlistValue::Kind::Date: {
         const std::optional<QByteArray> text = AsciiDate::format(value.toDate());

@@ -611,6 +611,10 @@ bool Parser::readData(quint64 offset, PlistValue &out)
         out = PlistValue::data(sharedSlice(*_owner, qsizetype(start), qsizetype(length)));
         return true;
     }
+    if (length < kShareMinimum) {
+        out = PlistValue::dataCopy(QByteArrayView(_data + start, qsizetype(length)));
+        return true;
+    }
     QByteArray bytes(qsizetype(length), Qt::Uninitialized);
     plist_detail::adviseHugePages(bytes.data(), size_t(length));
     std::memcpy(bytes.data(), _data + start, size_t(length));

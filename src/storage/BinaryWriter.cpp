@@ -191,8 +191,8 @@ size_t leafHash(const PlistValue &v, PlistValue::Kind kind)
         return hash;
     }
     case PlistValue::Kind::Data: {
-        const QByteArray bytes = v.toData();
-        return contentHash(bytes.constData(), size_t(bytes.size())) ^ 10;
+        const QByteArrayView bytes = v.dataView();
+        return contentHash(bytes.data(), size_t(bytes.size())) ^ 10;
     }
     default:
         return mix(7, 0);
@@ -218,7 +218,7 @@ bool sameLeaf(const PlistValue &a, const PlistValue &b, PlistValue::Kind kind)
     case PlistValue::Kind::String:
         return QAnyStringView::equal(a.stringView(), b.stringView());
     case PlistValue::Kind::Data:
-        return a.toData() == b.toData();
+        return a.dataView() == b.dataView();
     default:
         return true;
     }
@@ -261,7 +261,7 @@ private:
     void encodeNumber(const PlistValue &value);
     template <typename Unit> void encodeUnits(const Unit *units, qsizetype n);
     void putHeader(uchar marker, quint64 count);
-    void copyData(const QByteArray &bytes);
+    void copyData(QByteArrayView bytes);
     void putRefs(quint64 count);
 
     std::vector<const PlistValue *> _objects; // in file order
@@ -432,7 +432,7 @@ quint64 Writer::leafSize(const PlistValue &value, PlistValue::Kind kind) const
     case PlistValue::Kind::Uid:
         return 1 + quint64(widthFor(value.toUid()));
     case PlistValue::Kind::Data: {
-        const auto n = quint64(value.toData().size());
+        const auto n = quint64(value.dataView().size());
         return headerSize(n) + n;
     }
     case PlistValue::Kind::String: {
@@ -502,7 +502,7 @@ void Writer::encode(const PlistValue &value)
         _cursor = putBigEndian(_cursor, std::bit_cast<quint64>(value.toDate()), 8);
         return;
     case PlistValue::Kind::Data: {
-        const QByteArray bytes = value.toData();
+        const QByteArrayView bytes = value.dataView();
         putHeader(0x40, quint64(bytes.size()));
         copyData(bytes);
         return;
@@ -574,12 +574,12 @@ void Writer::putHeader(uchar marker, quint64 count)
 
 // A large block is copied on all cores: one core alone cannot fill fresh
 // memory as fast as the memory takes it.
-void Writer::copyData(const QByteArray &bytes)
+void Writer::copyData(QByteArrayView bytes)
 {
     constexpr qsizetype kBytesPerPart = qsizetype(4) << 20;
     char *const to = _cursor;
     ParallelParts::run(bytes.size(), kBytesPerPart, [&bytes, to](qsizetype from, qsizetype end) {
-        std::memcpy(to + from, bytes.constData() + from, size_t(end - from));
+        std::memcpy(to + from, bytes.data() + from, size_t(end - from));
     });
     _cursor += bytes.size();
 }

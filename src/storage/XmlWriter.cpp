@@ -377,7 +377,7 @@ private:
         line("<date>", QByteArrayView(buffer, end - buffer), "</date>\n", indent);
     }
 
-    void data(const QByteArray &bytes, int indent)
+    void data(QByteArrayView bytes, int indent)
     {
         const int lineIndent = std::min(indent, kMaxDataIndent);
         const int lineLength = kDataColumns - 8 * lineIndent;
@@ -437,7 +437,7 @@ private:
             date(v.toDate(), indent);
             break;
         case PlistValue::Kind::Data:
-            data(v.toData(), indent);
+            data(v.dataView(), indent);
             break;
         case PlistValue::Kind::Uid:
             uid(v.toUid(), indent);

@@ -93,6 +93,30 @@ TEST(PlistValue, StoresTextExactly)
     }
 }
 
+// Small data lives in its node, larger data in a buffer of its own; the
+// sizes straddle the line between the two.
+TEST(PlistValue, StoresDataExactlyAtEverySize)
+{
+    for (const qsizetype size : {0, 1, 200, 243, 244, 245, 246, 300}) {
+        QByteArray bytes(size, Qt::Uninitialized);
+        for (qsizetype i = 0; i < size; ++i)
+            bytes[i] = char(i * 37 + size);
+        const PlistValue made = PlistValue::data(bytes);
+        const PlistValue copied = PlistValue::dataCopy(bytes);
+        const QByteArray original = bytes;
+        bytes.fill('x'); // the values hold bytes of their own
+        for (const PlistValue &v : {made, copied}) {
+            EXPECT_EQ(v.plistType(), ADPlistTypeData);
+            EXPECT_EQ(v.toData(), original) << size;
+            EXPECT_EQ(v.dataView(), QByteArrayView(original)) << size;
+        }
+        EXPECT_TRUE(made.isIdenticalTo(copied));
+        EXPECT_EQ(made.compare(PlistValue::data(original + '\0')), -1);
+        if (size > 0)
+            EXPECT_FALSE(made.isEqualToPlist(PlistValue::data(bytes)));
+    }
+}
+
 TEST(PlistValue, EqualityFollowsPlistTypes)
 {
     EXPECT_FALSE(PlistValue(true).isEqualToPlist(PlistValue(1)));
