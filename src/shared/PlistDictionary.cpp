@@ -175,13 +175,12 @@ size_t PlistDictionary::slotFor(const DictionaryNode &d, const StringNode &key, 
     return slot;
 }
 
-void PlistDictionary::insertPairs(PlistValue *first, PlistValue *last)
+void PlistDictionary::insertPairs(std::span<PlistValue> pairs)
 {
     DictionaryNode &d = node();
-    const ptrdiff_t pairs = (last - first) / 2;
-    d.entries.reserve(d.entries.size() + size_t(pairs));
-    for (ptrdiff_t i = 0; i < pairs; ++i)
-        append(std::move(first[2 * i]), std::move(first[2 * i + 1]));
+    d.entries.reserve(d.entries.size() + pairs.size() / 2);
+    for (size_t i = 0; i + 1 < pairs.size(); i += 2)
+        append(std::move(pairs[i]), std::move(pairs[i + 1]));
     endAppending();
 }
 

@@ -3,6 +3,7 @@
 #include "KZIndexSet.h"
 #include "PlistValue.h"
 
+#include <span>
 #include <vector>
 
 /// A handle on one mutable plain dictionary: string keys in an order of their
@@ -34,9 +35,9 @@ public:
     /// Sets the value of a key: in its place if present, else appended.
     void insert(PlistValue key, PlistValue value);
     void insert(const QString &key, PlistValue value) { insert(PlistValue(key), std::move(value)); }
-    /// Inserts keys and values given alternately from `first` to `last`, moving
-    /// them out: `insert` for each pair, by `append` and `endAppending`.
-    void insertPairs(PlistValue *first, PlistValue *last);
+    /// Inserts keys and values given alternately in `pairs`, moving them out:
+    /// `insert` for each pair, by `append` and `endAppending`.
+    void insertPairs(std::span<PlistValue> pairs);
     /// For a reader filling a dictionary: appends the pair without looking
     /// its key up. `endAppending` must follow before any other use.
     void append(PlistValue key, PlistValue value);

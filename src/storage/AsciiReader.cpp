@@ -376,7 +376,7 @@ Parser::Step Parser::close(PlistValue &out)
         out = array;
     } else {
         PlistDictionary dictionary = PlistDictionary::create(count / 2);
-        dictionary.insertPairs(_values.data() + frame.base, _values.data() + _values.size());
+        dictionary.insertPairs(std::span(_values).subspan(frame.base));
         out = dictionary;
     }
     _values.erase(first, _values.end());

@@ -256,7 +256,7 @@ Parser::Step Parser::close(PlistValue &out)
     const auto count = qsizetype(_values.size() - frame.base);
     if (frame.isObject) {
         PlistDictionary dictionary = PlistDictionary::create(count / 2);
-        dictionary.insertPairs(_values.data() + frame.base, _values.data() + _values.size());
+        dictionary.insertPairs(std::span(_values).subspan(frame.base));
         out = dictionary;
     } else {
         PlistArray array = PlistArray::create(count);

@@ -1190,9 +1190,8 @@ private:
     // off the pairs; made at the end, when its size is known.
     PlistDictionary closedDictionary(const Frame &top)
     {
-        PlistValue *first = _pairs.data() + top.pairsFrom;
         PlistDictionary dict = PlistDictionary::create((_pairs.size() - top.pairsFrom) / 2);
-        dict.insertPairs(first, _pairs.data() + _pairs.size());
+        dict.insertPairs(std::span(_pairs).subspan(top.pairsFrom));
         _pairs.resize(top.pairsFrom);
         return dict;
     }

@@ -264,7 +264,7 @@ TEST(PlistDictionary, AddsPairsInBulkLikeSingleInserts)
         }
         appended.endAppending();
         PlistDictionary inserted = PlistDictionary::create(fill.reserve);
-        inserted.insertPairs(pairs.data(), pairs.data() + pairs.size());
+        inserted.insertPairs(pairs);
         ASSERT_EQ(one.count(), fill.keys);
         EXPECT_EQ(one.valueAt(0).toInteger(), fill.pairs - 1 - (fill.pairs - 1) % fill.keys);
         for (const PlistDictionary &d : {inserted, appended}) {
