@@ -330,7 +330,16 @@ void PlistDictionary::reorder(const std::vector<qsizetype> &order)
     std::vector<DictionaryEntry> reordered;
     reordered.reserve(order.size());
     for (const qsizetype from : order)
-        reordered.push_back(d.entries[size_t(from)]);
+        reordered.push_back(std::move(d.entries[size_t(from)])); // each entry moves once
     d.entries.swap(reordered);
-    dropIndex(d);
+    if (!d.indexed)
+        return;
+    // The index holds positions: each gets its new one, with no key hashed again.
+    std::vector<quint32> newPosition(order.size());
+    for (size_t to = 0; to < order.size(); ++to)
+        newPosition[size_t(order[to])] = quint32(to);
+    for (DictionaryNode::Slot &slot : d.table) {
+        if (slot.entry != 0)
+            slot.entry = newPosition[slot.entry - 1] + 1;
+    }
 }
