@@ -1,5 +1,5 @@
-#include "support/ValueBuilders.h"
 #include "model/ADPlistCoercionHandler.h"
+#include "support/ValueBuilders.h"
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
