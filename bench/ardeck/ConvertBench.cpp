@@ -23,9 +23,9 @@ QString writeInput(const QTemporaryDir &dir, BenchShape shape, qint64 bytes, ADP
 {
     const PlistValue value = makeBenchValue(shape, bytes, false);
     const WriteResult written = PlistSerialization::write(value, format, false);
-    const QString path = dir.filePath(benchShapeName(shape) +
-                                      (format == ADPlistFormatXML ? QStringLiteral(".plist")
-                                                                  : QStringLiteral(".bplist")));
+    const QString path = dir.filePath(benchShapeName(shape) + (format == ADPlistFormatXML
+                                                                   ? QStringLiteral(".plist")
+                                                                   : QStringLiteral(".bplist")));
     QFile file(path);
     if (!written || !file.open(QIODevice::WriteOnly) ||
         file.write(written.data) != written.data.size()) {
@@ -112,16 +112,17 @@ int main(int argc, char **argv)
         };
         for (const Conversion &c : {Conversion{"binary to xml", binary, "xml", "xml"},
                                     Conversion{"xml to binary", xml, "binary", "bin"}}) {
-            const std::vector<double> m = medians(
-                {{ardeck, {QStringLiteral("lint"), c.input}},
-                 {ardeck, {QStringLiteral("convert"), QLatin1StringView(c.ardeckFormat),
+            const std::vector<double> m =
+                medians({{ardeck, {QStringLiteral("lint"), c.input}},
+                         {ardeck,
+                          {QStringLiteral("convert"), QLatin1StringView(c.ardeckFormat),
                            QStringLiteral("-o"), out, c.input}},
-                 {QStringLiteral("plistutil"),
-                  {QStringLiteral("-i"), c.input, QStringLiteral("-o"), out, QStringLiteral("-f"),
-                   QLatin1StringView(c.plistutilFormat)}}},
-                runs);
-            std::printf("%-8s %-16s %9.3f %9.3f %9.3f %7.2fx\n",
-                        qPrintable(benchShapeName(shape)), c.name, m[0], m[1], m[2], m[2] / m[1]);
+                         {QStringLiteral("plistutil"),
+                          {QStringLiteral("-i"), c.input, QStringLiteral("-o"), out,
+                           QStringLiteral("-f"), QLatin1StringView(c.plistutilFormat)}}},
+                        runs);
+            std::printf("%-8s %-16s %9.3f %9.3f %9.3f %7.2fx\n", qPrintable(benchShapeName(shape)),
+                        c.name, m[0], m[1], m[2], m[2] / m[1]);
         }
     }
     return 0;

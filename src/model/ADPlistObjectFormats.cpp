@@ -87,7 +87,12 @@ ADPlistObject::firstIncompatibleValueForFormat(const PlistValue &plist, ADPlistF
             stack.pop_back();
             continue;
         }
-        PlistValue child = shownValueForPlist(frame.container.containerValueAt(frame.next++));
+        const PlistValue &entry = frame.container.containerValueAt(frame.next++);
+        // Only an archiver UID shows as something else; the rest need no copy.
+        if (entry.kind() != PlistValue::Kind::Uid &&
+            isPlistType(entry.plistType(), format, false) && entry.containerCount() == 0)
+            continue;
+        PlistValue child = shownValueForPlist(entry);
         if (!isPlistType(child.plistType(), format, false)) {
             QVariantList path;
             for (const Frame &f : stack) {
