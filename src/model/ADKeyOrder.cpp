@@ -17,12 +17,16 @@ constexpr qsizetype kSmall = 32;
 // From this many keys on, they are read and sorted on all cores.
 constexpr qsizetype kParallelKeys = qsizetype(1) << 16;
 
-// A key's position and first units, packed so that comparing the words
-// compares the units. `decisive` holds when those units alone order this key
-// against any other decisive key whose words differ: each is ASCII (every
-// comparison folds ASCII the same way, and nothing else folds into it), none
-// is NUL (the padding of shorter keys), and for the numeric comparisons none
-// is a digit (digit runs compare by value).
+// A key's position and the start of its text as the comparison sees it, packed
+// so that comparing the words compares the keys. Letters are folded where the
+// comparison folds them; for the numeric comparisons a run of digits becomes
+// its length (as the digit of that count) and then its digits, leading zeros
+// dropped, which orders runs by value and a run against any other unit as its
+// first digit would. `decisive` holds when the words alone order this key
+// against any other decisive key whose words differ: the units read are
+// ASCII (every comparison folds ASCII the same way, and nothing else folds
+// into it), none is NUL (the padding of shorter keys), and no run of digits
+// is ten or longer.
 struct Keyed
 {
     std::array<quint64, kWords> words;
@@ -43,23 +47,44 @@ bool isNumeric(KZComparison comparison)
            comparison == KZComparison::NumericCaseInsensitiveCompare;
 }
 
+template <typename Unit> bool isDigit(Unit unit)
+{
+    return unit >= Unit('0') && unit <= Unit('9');
+}
+
 template <typename Unit>
 Keyed keyedUnits(const Unit *units, qsizetype length, KZComparison comparison)
 {
-    Keyed keyed{{}, 0, true};
     const bool fold = foldsCase(comparison);
     const bool numeric = isNumeric(comparison);
-    for (int i = 0; i < kPrefixUnits; ++i) {
-        quint64 unit = 0;
-        if (i < length) {
-            unit = quint64(units[i]);
-            if (unit >= 0x80 || unit == 0 || (numeric && unit >= '0' && unit <= '9'))
-                keyed.decisive = false;
-            if (fold && unit >= 'A' && unit <= 'Z')
-                unit += 'a' - 'A';
+    std::array<uchar, kPrefixUnits> bytes{};
+    int out = 0;
+    bool decisive = true;
+    for (qsizetype i = 0; i < length && out < kPrefixUnits && decisive;) {
+        const auto unit = quint32(units[i]);
+        if (unit >= 0x80 || unit == 0) {
+            decisive = false;
+        } else if (numeric && isDigit(units[i])) {
+            while (units[i] == Unit('0') && i + 1 < length && isDigit(units[i + 1]))
+                ++i;
+            qsizetype end = i;
+            while (end < length && isDigit(units[end]))
+                ++end;
+            decisive = end - i <= 9;
+            bytes[size_t(out++)] = uchar('0' + (end - i));
+            for (; i < end && out < kPrefixUnits; ++i)
+                bytes[size_t(out++)] = uchar(units[i]);
+            i = end;
+        } else {
+            bytes[size_t(out++)] =
+                uchar(fold && unit >= 'A' && unit <= 'Z' ? unit + 'a' - 'A' : unit);
+            ++i;
         }
-        quint64 &word = keyed.words[size_t(i / 8)];
-        word = (word << 8) | (unit & 0xff);
+    }
+    Keyed keyed{{}, 0, decisive};
+    for (int b = 0; b < kPrefixUnits; ++b) {
+        quint64 &word = keyed.words[size_t(b / 8)];
+        word = (word << 8) | bytes[size_t(b)];
     }
     return keyed;
 }
@@ -151,10 +176,10 @@ void sortSmall(PlistDictionary &dictionary, KZComparison comparison)
     if (std::is_sorted(keys.begin(), keys.begin() + count, before))
         return;
     std::sort(keys.begin(), keys.begin() + count, before);
-    std::vector<qsizetype> order(static_cast<size_t>(count));
+    std::array<qsizetype, kSmall> order;
     std::transform(keys.begin(), keys.begin() + count, order.begin(),
                    [](const Keyed &k) { return qsizetype(k.position); });
-    dictionary.reorder(order);
+    dictionary.reorder(std::span<const qsizetype>(order.data(), size_t(count)));
 }
 
 } // namespace

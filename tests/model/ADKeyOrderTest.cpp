@@ -45,7 +45,27 @@ const KeySet kKeySets[] = {
     {"LongSharedPrefixes",
      {"CFBundleDocumentTypesAndMoreText2", "CFBundleDocumentTypesAndMoreText10",
       "cfbundledocumenttypesandmoretext1", "CFBundleDocumentTypesAndMore", "CFBundle"}},
-    {"Digits", {"item10", "item9", "Item2", "item02", "item2", "x1y10", "x1y9", "10", "9"}},
+    {"Digits",
+     {"item10",
+      "item9",
+      "Item2",
+      "item02",
+      "item2",
+      "x1y10",
+      "x1y9",
+      "10",
+      "9",
+      "a007",
+      "a7",
+      "a0",
+      "a00",
+      "a/",
+      "a:",
+      "n12345678901",
+      "n12345678902",
+      "n9",
+      "abcdefghijklmnopqrstuv123",
+      "abcdefghijklmnopqrstuv45"}},
     {"NotAscii",
      {QString::fromUtf8("\u00e9t\u00e9"), "ete", QString::fromUtf8("\u00c4rger"), "Arger",
       QString::fromUtf8("\u00b5m"), "mu", QString::fromUtf8("\u212aelvin"), "kelvin",
@@ -99,8 +119,9 @@ TEST(ADKeyOrderTest, SortsManyKeysOnAllCoresLikeOneSort)
         keys << key;
     }
     const PlistDictionary d = dictionaryWithKeys(keys);
-    EXPECT_EQ(ADKeyOrder::sortedOrder(d, KZComparison::CaseInsensitiveCompare),
-              referenceOrder(d, KZComparison::CaseInsensitiveCompare));
+    for (const KZComparison comparison :
+         {KZComparison::CaseInsensitiveCompare, KZComparison::NumericCaseInsensitiveCompare})
+        EXPECT_EQ(ADKeyOrder::sortedOrder(d, comparison), referenceOrder(d, comparison));
 }
 
 TEST(ADKeyOrderTest, SortsEveryDictionaryBelowUnlessTheOrderIsKept)
