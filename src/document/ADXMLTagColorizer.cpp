@@ -70,8 +70,10 @@ void ADXMLTagColorizer::colorBlocks(const QTextBlock &first, const QTextBlock &l
 {
     if (!_enabled) {
         for (QTextBlock block = first; block.isValid(); block = block.next()) {
-            if (!block.layout()->formats().isEmpty())
+            if (!block.layout()->formats().isEmpty()) {
                 block.layout()->clearFormats();
+                _document->markContentsDirty(block.position(), block.length());
+            }
             if (block == last)
                 break;
         }
@@ -184,8 +186,12 @@ bool ADXMLTagColorizer::colorBlock(QTextBlock &block, bool startsInside)
     formats.reserve(qsizetype(found.tags.size()));
     for (const KZRange &tag : found.tags)
         formats.append({int(tag.location), int(tag.length), format});
-    if (block.layout()->formats() != formats)
+    if (block.layout()->formats() != formats) {
         block.layout()->setFormats(formats);
+        // Lays the line out again now, rather than leave the change pending
+        // for the next edit to report as its own.
+        _document->markContentsDirty(block.position(), block.length());
+    }
     block.setUserState(stateFor(startsInside, found.endsInsideTag, found.hasBracket, true));
     return found.endsInsideTag;
 }

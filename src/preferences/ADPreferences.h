@@ -103,6 +103,8 @@ public:
     static QList<QFont> defaultFonts();
 
     KZUserDefaults &userDefaults() const { return _defaults; }
+    /// Where `PreferenceDidChangeNotification` is posted.
+    KZNotificationCenter &notificationCenter() const { return _center; }
 
     qint64 reopenAction() const;
     void setReopenAction(qint64 action);

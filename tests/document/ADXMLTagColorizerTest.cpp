@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace {
 
 using Ranges = std::vector<KZRange>;
@@ -136,6 +138,20 @@ TEST_F(ADXMLTagColorizerTest, ColoursOnlyTheLinesItIsAskedFor)
     EXPECT_TRUE(_document.findBlockByNumber(510).layout()->formats().isEmpty());
     for (int i = 0; i < 499; ++i) // the look back stops at the line before
         ASSERT_EQ(_document.findBlockByNumber(i).userState(), -1) << i;
+}
+
+TEST_F(ADXMLTagColorizerTest, ColouringNeverShowsAsAnEdit)
+{
+    setText(QStringLiteral("<a>\nb\n<c>"));
+    std::vector<std::array<int, 3>> changes;
+    QObject::connect(&_document, &QTextDocument::contentsChange,
+            [&](int position, int removed, int added) {
+                changes.push_back({position, removed, added});
+            });
+    _colorizer.setTagColor(Qt::red);
+    colorAll();
+    insert(5, QStringLiteral("x"));
+    EXPECT_EQ(changes, (std::vector<std::array<int, 3>>{{5, 0, 1}}));
 }
 
 TEST_F(ADXMLTagColorizerTest, OffOrInAnotherColourEveryLineIsRedone)
