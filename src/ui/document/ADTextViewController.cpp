@@ -11,12 +11,25 @@
 #include "shared/KZNotificationCenter.h"
 
 #include <QFontDatabase>
+#include <QTimer>
 #include <QUndoStack>
 
 namespace {
 
 constexpr qint64 kTextEditMode = 1;
 constexpr int kFallbackFontSize = 10;
+// Characters put into the view in one pass of the event loop when loading:
+// about a tenth of a second's work.
+constexpr qsizetype kLoadPiece = 256 * 1024;
+
+// Where the piece from `from` ends: at a line's end past the piece's length.
+qsizetype pieceEnd(const QString &text, qsizetype from)
+{
+    if (text.size() - from <= kLoadPiece)
+        return text.size();
+    const qsizetype newline = text.indexOf(u'\n', from + kLoadPiece);
+    return newline < 0 ? text.size() : newline + 1;
+}
 
 } // namespace
 
@@ -25,8 +38,11 @@ ADTextViewController::ADTextViewController(ADPreferences &preferences, QWidget *
     : QObject(parent), _preferences(preferences),
       _plistTextView(new ADPlistTextView(parentWidget)), // owned by the widget, or deleted here
       _colorizer(new ADXMLTagColorizer(_plistTextView->document(), this)),
-      _undoRecorder(new ADTextUndoRecorder(_plistTextView->document(), this))
+      _undoRecorder(new ADTextUndoRecorder(_plistTextView->document(), this)),
+      _loadTimer(new QTimer(this))
 {
+    connect(_loadTimer, &QTimer::timeout, this,
+            [this] { loadPiece(pieceEnd(_pendingText, _pendingFrom)); });
     _plistTextView->setColorizer(_colorizer);
     _plistTextView->setUndoRecorder(_undoRecorder);
     connect(_plistTextView, &QPlainTextEdit::textChanged, this,
@@ -82,7 +98,7 @@ void ADTextViewController::setSyntaxColoringEnabled(bool enabled)
 
 void ADTextViewController::setEditable(bool editable)
 {
-    if (std::exchange(_editable, editable) != editable)
+    if (std::exchange(_editable, editable) != editable && !isLoading())
         _plistTextView->setReadOnly(!editable);
 }
 
@@ -102,8 +118,15 @@ void ADTextViewController::colorizeAllText()
     _plistTextView->viewport()->update();
 }
 
-QString ADTextViewController::currentText() const
+void ADTextViewController::finishLoading()
 {
+    if (isLoading())
+        loadPiece(_pendingText.size());
+}
+
+QString ADTextViewController::currentText()
+{
+    finishLoading();
     return ADDocumentText::text(*_plistTextView->document());
 }
 
@@ -114,21 +137,35 @@ QTextDocument *ADTextViewController::textStorageForPrinting() const
 
 void ADTextViewController::updatePlistText(const QString &text)
 {
+    _loadTimer->stop();
+    _pendingText = QString();
+    const qsizetype first = pieceEnd(text, 0);
     _undoRecorder->setPaused(true);
-    _plistTextView->setPlainText(text);
+    _plistTextView->setPlainText(first == text.size() ? text : text.left(first));
     _undoRecorder->setPaused(false);
+    if (first == text.size()) {
+        _plistTextView->setReadOnly(!_editable);
+        return;
+    }
+    _pendingText = text;
+    _pendingFrom = first;
+    _plistTextView->setReadOnly(true);
+    emit loadProgress(first, text.size());
+    _loadTimer->start(0);
 }
 
-std::optional<QString> ADTextViewController::textInRange(KZRange range) const
+std::optional<QString> ADTextViewController::textInRange(KZRange range)
 {
+    finishLoading();
     const QTextDocument &document = *_plistTextView->document();
     if (!ADDocumentText::containsRange(document, range))
         return std::nullopt;
     return ADDocumentText::textInRange(document, range);
 }
 
-QString ADTextViewController::selectedText() const
+QString ADTextViewController::selectedText()
 {
+    finishLoading();
     const QTextCursor cursor = _plistTextView->textCursor();
     return ADDocumentText::textInRange(
         *_plistTextView->document(),
@@ -137,6 +174,7 @@ QString ADTextViewController::selectedText() const
 
 bool ADTextViewController::selectTextInRange(KZRange range)
 {
+    finishLoading();
     range = wholeTextIfNotFound(range);
     if (!ADDocumentText::containsRange(*_plistTextView->document(), range))
         return false;
@@ -149,7 +187,7 @@ bool ADTextViewController::selectTextInRange(KZRange range)
     return true;
 }
 
-KZRange ADTextViewController::rangeOfString(const QString &string, qint64 options, bool wrap) const
+KZRange ADTextViewController::rangeOfString(const QString &string, qint64 options, bool wrap)
 {
     if (string.isEmpty())
         return {};
@@ -178,6 +216,7 @@ KZRange ADTextViewController::rangeOfString(const QString &string, qint64 option
 
 bool ADTextViewController::replaceTextInRange(KZRange range, const QString &text)
 {
+    finishLoading();
     range = wholeTextIfNotFound(range);
     QTextDocument &document = *_plistTextView->document();
     if (!ADDocumentText::containsRange(document, range))
@@ -222,7 +261,24 @@ void ADTextViewController::textDidChange()
         _preferences.setFont(_plistTextView->font(), kTextEditMode);
 }
 
-KZRange ADTextViewController::wholeTextIfNotFound(KZRange range) const
+void ADTextViewController::loadPiece(qsizetype end)
+{
+    QTextCursor cursor(_plistTextView->document());
+    cursor.movePosition(QTextCursor::End);
+    _undoRecorder->setPaused(true);
+    cursor.insertText(QStringView(_pendingText).mid(_pendingFrom, end - _pendingFrom).toString());
+    _undoRecorder->setPaused(false);
+    _pendingFrom = end;
+    const qint64 total = _pendingText.size();
+    if (end == total) {
+        _loadTimer->stop();
+        _pendingText = QString();
+        _plistTextView->setReadOnly(!_editable);
+    }
+    emit loadProgress(end, total);
+}
+
+KZRange ADTextViewController::wholeTextIfNotFound(KZRange range)
 {
     if (!range.isNotFound())
         return range;

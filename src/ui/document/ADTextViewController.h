@@ -14,6 +14,7 @@ class ADTextUndoRecorder;
 class ADUndoManager;
 class ADXMLTagColorizer;
 class QTextDocument;
+class QTimer;
 class QWidget;
 
 /// Options of `rangeOfString`, as bits.
@@ -30,6 +31,11 @@ constexpr qint64 ADTextSearchBackwards = 4;
 /// on for XML alone) and the "colorXMLTags" setting is on. Ranges are in
 /// UTF-16 units; the range {KZNotFound, 0} given to an editing operation
 /// means the whole text.
+///
+/// A long text goes into the view piece by piece, a piece each pass of the
+/// event loop, so that its top shows at once and the window stays live;
+/// meanwhile the view is read-only and `loadProgress` tells how far it is.
+/// Every question about the text first puts in the rest (`finishLoading`).
 ///
 /// The view is a child of the widget given, or owned by this controller
 /// when none is. The preferences outlive it. Main thread only.
@@ -56,31 +62,40 @@ public:
     /// Colours the text again, with the present settings, as it is shown.
     void colorizeAllText();
 
-    QString currentText() const;
+    bool isLoading() const { return !_pendingText.isNull(); }
+    /// Puts the rest of a text being loaded into the view now.
+    void finishLoading();
+
+    QString currentText();
     /// The text document: what typing registers its undo with.
     QTextDocument *textStorageForPrinting() const;
     /// Replaces the whole text; not undoable here (the document registers that).
     void updatePlistText(const QString &text);
     /// None unless the range lies within the text.
-    std::optional<QString> textInRange(KZRange range) const;
-    QString selectedText() const;
+    std::optional<QString> textInRange(KZRange range);
+    QString selectedText();
     /// Selects the range, scrolls to it and focuses the view; false unless
     /// the range lies within the text.
     bool selectTextInRange(KZRange range);
     /// Searches from the end of the selection to the end of the text, or
     /// backwards from the start of the selection to the start of the text;
     /// with `wrap`, then the other part. Not found is {KZNotFound, 0}.
-    KZRange rangeOfString(const QString &string, qint64 options, bool wrap) const;
+    KZRange rangeOfString(const QString &string, qint64 options, bool wrap);
     /// Replaces text as one undoable step that selects the old range again
     /// when undone. False unless the range lies within the text.
     bool replaceTextInRange(KZRange range, const QString &text);
     void scrollToSelection();
     void showFindIndicator() {}
 
+signals:
+    /// Of a text going into the view piece by piece; `loaded` == `total` at the end.
+    void loadProgress(qint64 loaded, qint64 total);
+
 private:
+    void loadPiece(qsizetype end);
     void userDefaultDidChange(const QString &key);
     void textDidChange();
-    KZRange wholeTextIfNotFound(KZRange range) const;
+    KZRange wholeTextIfNotFound(KZRange range);
 
     ADPreferences &_preferences;
     bool _syntaxColoringEnabled = false;
@@ -89,5 +104,8 @@ private:
     ADXMLTagColorizer *_colorizer;     // child
     ADTextUndoRecorder *_undoRecorder; // child
     QPointer<ADUndoManager> _undoManager;
+    QTimer *_loadTimer;   // child
+    QString _pendingText; // null unless a text is being loaded
+    qsizetype _pendingFrom = 0;
     quint64 _colorObservation;
 };

@@ -190,4 +190,36 @@ TEST_F(ADTextViewControllerTest, AnswersTheDocumentsQuestions)
     EXPECT_EQ(_controller.currentText(), QString());
 }
 
+TEST_F(ADTextViewControllerTest, ALongTextGoesInPieceByPieceAndAnswersWhole)
+{
+    QString text;
+    for (int i = 0; text.size() < 1'000'000; ++i)
+        text += QStringLiteral("\t<key>item %1</key>\n").arg(i);
+    std::vector<qint64> progress;
+    QObject::connect(&_controller, &ADTextViewController::loadProgress,
+                     [&](qint64 loaded, qint64 total) {
+                         EXPECT_EQ(total, text.size());
+                         progress.push_back(loaded);
+                     });
+    _controller.updatePlistText(text);
+    EXPECT_TRUE(_controller.isLoading());
+    EXPECT_TRUE(view()->isReadOnly()) << "no typing into half a text";
+    EXPECT_LT(view()->document()->characterCount(), text.size());
+    EXPECT_EQ(view()->document()->firstBlock().text(), QStringLiteral("\t<key>item 0</key>"));
+
+    QCoreApplication::processEvents();
+    EXPECT_GE(progress.size(), 2u);
+    EXPECT_EQ(_controller.currentText(), text) << "a question waits for the whole text";
+    EXPECT_FALSE(_controller.isLoading());
+    EXPECT_FALSE(view()->isReadOnly());
+    EXPECT_EQ(progress.back(), text.size());
+    EXPECT_TRUE(std::is_sorted(progress.begin(), progress.end()));
+    EXPECT_FALSE(_undo.canUndo()) << "loading is no edit";
+
+    _controller.updatePlistText(text); // a second load replaces the first
+    _controller.updatePlistText(QStringLiteral("short"));
+    EXPECT_FALSE(_controller.isLoading());
+    EXPECT_EQ(_controller.currentText(), QStringLiteral("short"));
+}
+
 } // namespace
