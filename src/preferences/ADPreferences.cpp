@@ -187,8 +187,7 @@ bool ADPreferences::includeSearchType(qint64 searchType) const
     const PlistArray types = _defaults.arrayForKey(SearchTypesKey);
     if (types.isNull() || searchType < 0 || searchType >= types.count())
         return false;
-    const PlistValue entry = types.at(searchType);
-    return (entry.isBoolean() || entry.isNumber()) && entry.toReal() != 0;
+    return KZUserDefaults::boolValue(types.at(searchType));
 }
 
 void ADPreferences::setInclude(bool include, qint64 searchType)

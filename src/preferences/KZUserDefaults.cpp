@@ -73,14 +73,11 @@ void KZUserDefaults::changeValues(const QSet<QString> &keys, Change &&change)
 {
     std::vector<std::pair<QString, PlistValue>> before;
     before.reserve(keys.size());
-    for (const QString &key : keys) {
-        const PlistValue stored = _stored.value(key);
-        before.emplace_back(key, stored.isNone() ? _registered.value(key) : stored);
-    }
+    for (const QString &key : keys)
+        before.emplace_back(key, valueForKey(key));
     change();
     for (const auto &[key, old] : before) {
-        const PlistValue stored = _stored.value(key);
-        if (!sameValue(old, stored.isNone() ? _registered.value(key) : stored))
+        if (!sameValue(old, valueForKey(key)))
             emit valueChanged(key);
     }
 }
@@ -164,7 +161,7 @@ std::optional<KZError> KZUserDefaults::loadDefaults(const QString &path)
     if (!result || !result.value.isDictionary()) {
         const QString reason =
             result ? QStringLiteral("no dictionary") : result.error.description();
-        return settingsError(KZUserDefaultsFileNotMovedError,
+        return settingsError(KZUserDefaultsBadDefaultsError,
                              QStringLiteral("defaults %1: %2").arg(path, reason), path);
     }
     registerDefaults(result.value.toDictionary());
@@ -173,13 +170,22 @@ std::optional<KZError> KZUserDefaults::loadDefaults(const QString &path)
 
 PlistValue KZUserDefaults::objectForKey(const QString &key) const
 {
+    return copyOf(valueForKey(key));
+}
+
+PlistValue KZUserDefaults::valueForKey(const QString &key) const
+{
     const PlistValue stored = _stored.value(key);
-    return copyOf(stored.isNone() ? _registered.value(key) : stored);
+    return stored.isNone() ? _registered.value(key) : stored;
 }
 
 bool KZUserDefaults::boolForKey(const QString &key) const
 {
-    const PlistValue value = objectForKey(key);
+    return boolValue(valueForKey(key));
+}
+
+bool KZUserDefaults::boolValue(const PlistValue &value)
+{
     if (value.isBoolean() || value.isNumber())
         return value.toReal() != 0;
     if (!value.isString())

@@ -18,6 +18,8 @@ class QTimer;
 constexpr qint64 KZUserDefaultsFileMovedAsideError = 1; // a file that did not parse was moved aside
 constexpr qint64 KZUserDefaultsFileNotMovedError = 2;   // ... and could not even be moved
 constexpr qint64 KZUserDefaultsUnwritableError = 3;     // the folder or file cannot be written
+constexpr qint64 KZUserDefaultsBadDefaultsError =
+    4; // defaults to load are missing or no dictionary
 
 /// The program's settings: one XML property list file holding a dictionary,
 /// with registered defaults beneath the stored values. A key reads the stored
@@ -66,8 +68,7 @@ public:
 
     /// The value of the key, or none.
     PlistValue objectForKey(const QString &key) const;
-    /// A boolean, a number other than 0, or the text "YES", "true" or a number
-    /// other than 0; false otherwise.
+    /// `boolValue` of the key's value.
     bool boolForKey(const QString &key) const;
     /// A number or boolean, or a string that holds a number; 0 otherwise.
     qint64 integerForKey(const QString &key) const;
@@ -93,6 +94,10 @@ public:
     /// The problems met since the last call, oldest first.
     std::vector<KZError> takeErrors();
 
+    /// A boolean, a number other than 0, or the text "YES", "true" or a number
+    /// other than 0; false for anything else: how every boolean setting reads.
+    static bool boolValue(const PlistValue &value);
+
 signals:
     void valueChanged(const QString &key);
     void errorOccurred();
@@ -113,6 +118,8 @@ private:
         QString problem; // why it could not be read or parsed
     };
 
+    /// The stored value, else the registered one; shared, not copied.
+    PlistValue valueForKey(const QString &key) const;
     FileContents readFile() const;
     /// Moves a corrupt file aside; false (with the error reported) when it cannot.
     bool moveAside(const QString &problem);
