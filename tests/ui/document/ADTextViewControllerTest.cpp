@@ -6,6 +6,8 @@
 #include "shared/KZNotificationCenter.h"
 #include "ui/document/ADPlistTextView.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
@@ -98,6 +100,37 @@ TEST_F(ADTextViewControllerTest, UndoesABurstOfTypingAsOneTextGroup)
     _undo.redo();
     EXPECT_EQ(_controller.currentText(), QStringLiteral("<key>namexz</key>"));
     EXPECT_FALSE(view()->document()->isUndoAvailable()) << "the text keeps no undo of its own";
+}
+
+TEST_F(ADTextViewControllerTest, EveryKindOfEditUndoesBackToTheStart)
+{
+    const QString original =
+        QStringLiteral("<dict>\n\t<key>first</key>\n\t<key>second</key>\n</dict>");
+    setText(original);
+    QGuiApplication::clipboard()->setText(QStringLiteral("pasted\nlines"));
+    const auto key = [&](int key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(view(), Qt::Key(key), modifiers);
+        QCoreApplication::processEvents();
+    };
+    moveTo(19);                                  // after "first"
+    key(Qt::Key_Backspace, Qt::ControlModifier); // the word before
+    key(Qt::Key_Return);
+    ASSERT_TRUE(_controller.selectTextInRange({30, 6})); // "second"
+    key(Qt::Key_V, Qt::ControlModifier);
+    moveTo(7);
+    key(Qt::Key_Delete);
+    moveTo(6);
+    key(Qt::Key_Delete);                 // joins two lines
+    key(Qt::Key_K, Qt::ControlModifier); // deletes to the end of the line, where bound
+    const QString edited = _controller.currentText();
+    ASSERT_NE(edited, original);
+
+    while (_undo.canUndo())
+        _undo.undo();
+    EXPECT_EQ(_controller.currentText(), original);
+    while (_undo.canRedo())
+        _undo.redo();
+    EXPECT_EQ(_controller.currentText(), edited);
 }
 
 TEST_F(ADTextViewControllerTest, ColoursTagsInThePreferencesColour)
