@@ -248,10 +248,8 @@ void KZUserDefaults::setObject(const PlistValue &value, const QString &key)
 bool KZUserDefaults::synchronize()
 {
     _writeTimer->stop();
-    if (!_dirtyKeys.isEmpty())
-        return writeMerged(true);
     fileMayHaveChanged();
-    return true;
+    return writeMerged(true);
 }
 
 std::vector<KZError> KZUserDefaults::takeErrors()
@@ -399,6 +397,7 @@ void KZUserDefaults::fileMayHaveChanged()
     }
     _corruptSeen = false;
     _recheckTimer->stop();
+    _fileBlocked = false; // mended by hand, say
     _lastFileBytes = contents.bytes;
     takeFileContents(contents.values);
 }

@@ -87,7 +87,7 @@ public:
     void setString(const QString &value, const QString &key) { setObject(PlistValue(value), key); }
     void removeObjectForKey(const QString &key) { setObject(PlistValue(), key); }
 
-    /// Writes pending changes now and takes what the file holds. False when
+    /// Takes what the file holds and writes pending changes now. False when
     /// the changes could not be written (they stay pending).
     bool synchronize();
 

@@ -6,6 +6,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -206,6 +207,27 @@ TEST_F(KZUserDefaultsTest, AnUnwritableFolderIsReportedOnceAndValuesLiveOn)
     ASSERT_EQ(errors.size(), 1u) << "one message, not one per write";
     EXPECT_TRUE(errors[0].is(KZErrorDomain, KZUserDefaultsUnwritableError));
     EXPECT_TRUE(errors[0].localizedDescription().contains(QStringLiteral("plain-file")));
+}
+
+TEST_F(KZUserDefaultsTest, AFileThatCannotBeReadIsLeftAloneUntilMended)
+{
+    ASSERT_TRUE(QDir(_folder.path()).mkdir(QStringLiteral("settings.plist")));
+    KZUserDefaults defaults(path());
+    const std::vector<KZError> errors = defaults.takeErrors();
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_TRUE(errors[0].is(KZErrorDomain, KZUserDefaultsFileNotMovedError));
+
+    defaults.setInteger(1, QStringLiteral("a"));
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_TRUE(QFileInfo(path()).isDir()) << "left as it is";
+    EXPECT_EQ(defaults.integerForKey(QStringLiteral("a")), 1);
+
+    ASSERT_TRUE(QDir(_folder.path()).rmdir(QStringLiteral("settings.plist")));
+    writeFile(path(), plistWith(QStringLiteral("b"), PlistValue(qint64(2))));
+    EXPECT_TRUE(defaults.synchronize());
+    const PlistDictionary onDisk = fileValues(path());
+    EXPECT_EQ(onDisk.value(QStringLiteral("a")).toInteger(), 1);
+    EXPECT_EQ(onDisk.value(QStringLiteral("b")).toInteger(), 2);
 }
 
 TEST_F(KZUserDefaultsTest, TheStandardFileLiesInTheConfigurationFolder)
