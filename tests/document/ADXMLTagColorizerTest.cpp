@@ -145,9 +145,9 @@ TEST_F(ADXMLTagColorizerTest, ColouringNeverShowsAsAnEdit)
     setText(QStringLiteral("<a>\nb\n<c>"));
     std::vector<std::array<int, 3>> changes;
     QObject::connect(&_document, &QTextDocument::contentsChange,
-            [&](int position, int removed, int added) {
-                changes.push_back({position, removed, added});
-            });
+                     [&](int position, int removed, int added) {
+                         changes.push_back({position, removed, added});
+                     });
     _colorizer.setTagColor(Qt::red);
     colorAll();
     insert(5, QStringLiteral("x"));
