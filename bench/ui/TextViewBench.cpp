@@ -24,6 +24,8 @@
 #include <QKeyEvent>
 #include <QTemporaryDir>
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -89,6 +91,7 @@ void registerLoad(const std::string &name, bool coloring, const QString &text, b
 {
     benchmark::RegisterBenchmark(name.c_str(),
                                  [coloring, &text, whole](benchmark::State &state) {
+                                     malloc_trim(0); // no run pays for what another freed
                                      Editor editor(coloring);
                                      ADPlistTextView &view = *editor.controller.plistTextView();
                                      for (auto _ : state) {
@@ -118,6 +121,7 @@ void registerSize(const SizeStep &size, const QString &text)
         benchmark::RegisterBenchmark(
             ("keystroke/" + suffix).c_str(),
             [coloring, &text](benchmark::State &state) {
+                malloc_trim(0);
                 Editor editor(coloring);
                 editor.controller.updatePlistText(text);
                 editor.controller.finishLoading();

@@ -68,27 +68,35 @@ void ADXMLTagColorizer::invalidateRange(KZRange range)
 
 void ADXMLTagColorizer::colorBlocks(const QTextBlock &first, const QTextBlock &last)
 {
-    if (!_enabled) {
-        for (QTextBlock block = first; block.isValid(); block = block.next()) {
-            if (!block.layout()->formats().isEmpty()) {
-                block.layout()->clearFormats();
-                _document->markContentsDirty(block.position(), block.length());
-            }
-            if (block == last)
-                break;
-        }
-        return;
-    }
-    bool inside = startsInsideTag(first);
+    // Lines whose formats changed, laid out again at once in one go, rather
+    // than leave the change pending for the next edit to report as its own.
+    qint64 changedFrom = -1;
+    qint64 changedTo = -1;
+    const auto changed = [&](const QTextBlock &block) {
+        if (changedFrom < 0)
+            changedFrom = block.position();
+        changedTo = block.position() + block.length();
+    };
+    bool inside = _enabled && startsInsideTag(first);
     for (QTextBlock block = first; block.isValid(); block = block.next()) {
         const int state = block.userState();
-        if (isKnown(state) && (state & Colored) && bool(state & StartsInside) == inside)
+        if (!_enabled) {
+            if (!block.layout()->formats().isEmpty()) {
+                block.layout()->clearFormats();
+                changed(block);
+            }
+        } else if (isKnown(state) && (state & Colored) && bool(state & StartsInside) == inside) {
             inside = state & EndsInside;
-        else
-            inside = colorBlock(block, inside);
+        } else {
+            if (colorBlock(block, inside))
+                changed(block);
+            inside = block.userState() & EndsInside;
+        }
         if (block == last)
             break;
     }
+    if (changedFrom >= 0)
+        _document->markContentsDirty(int(changedFrom), int(changedTo - changedFrom));
 }
 
 ADXMLTagColorizer::BlockTags ADXMLTagColorizer::tagsInBlock(QStringView text, bool startsInsideTag)
@@ -186,14 +194,11 @@ bool ADXMLTagColorizer::colorBlock(QTextBlock &block, bool startsInside)
     formats.reserve(qsizetype(found.tags.size()));
     for (const KZRange &tag : found.tags)
         formats.append({int(tag.location), int(tag.length), format});
-    if (block.layout()->formats() != formats) {
-        block.layout()->setFormats(formats);
-        // Lays the line out again now, rather than leave the change pending
-        // for the next edit to report as its own.
-        _document->markContentsDirty(block.position(), block.length());
-    }
     block.setUserState(stateFor(startsInside, found.endsInsideTag, found.hasBracket, true));
-    return found.endsInsideTag;
+    if (block.layout()->formats() == formats)
+        return false;
+    block.layout()->setFormats(formats);
+    return true;
 }
 
 bool ADXMLTagColorizer::isKnown(int state) const

@@ -64,7 +64,8 @@ private:
     bool startsInsideTag(const QTextBlock &block);
     /// Whether a ">" follows the end of `block`.
     bool closesAfter(const QTextBlock &block) const;
-    /// Colours one block that starts inside a tag or not; answers how it ends.
+    /// Colours one block that starts inside a tag or not, and notes how it
+    /// ends in its state; answers whether its formats changed.
     bool colorBlock(QTextBlock &block, bool startsInside);
     bool isKnown(int state) const;
     int stateFor(bool startsInside, bool endsInside, bool hasBracket, bool colored) const;

@@ -101,14 +101,16 @@ void ADPlistTextView::balance()
 void ADPlistTextView::paintEvent(QPaintEvent *event)
 {
     if (_colorizer) {
+        // The lines to be shown, from the line counts the layout keeps, so
+        // that no line is laid out before it has its colours.
         const QTextBlock first = firstVisibleBlock();
-        const QPointF offset = contentOffset();
-        const qreal bottom = viewport()->rect().bottom();
+        const qreal lineHeight = fontMetrics().lineSpacing();
+        qreal height = contentOffset().y();
         QTextBlock last = first;
-        for (QTextBlock block = first; block.isValid(); block = block.next()) {
+        for (QTextBlock block = first; block.isValid() && height <= viewport()->height();
+             block = block.next()) {
             last = block;
-            if (blockBoundingGeometry(block).translated(offset).bottom() >= bottom)
-                break;
+            height += std::max(1, block.lineCount()) * lineHeight;
         }
         _colorizer->colorBlocks(first, last);
     }
