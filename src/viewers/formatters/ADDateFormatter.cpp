@@ -1,5 +1,6 @@
 #include "ADDateFormatter.h"
 
+#include "shared/KZLocalizedString.h"
 #include "shared/KZReferenceDate.h"
 
 #include <QDateTime>
@@ -46,9 +47,12 @@ std::optional<double> descriptionDate(const QString &text)
 
 } // namespace
 
+ADDateFormatter::ADDateFormatter() : ADDateFormatter(currentLocale()) {}
+
 ADDateFormatter::ADDateFormatter(const QLocale &locale, const QTimeZone &zone)
     : _locale(locale), _zone(zone), _dateFormat(mediumDateFormat(locale)),
-      _timeFormat(mediumTimeFormat(locale))
+      _timeFormat(mediumTimeFormat(locale)),
+      _dateTimeFormat(_dateFormat + QStringLiteral(", ") + _timeFormat)
 {}
 
 const ADDateFormatter &ADDateFormatter::standardDateFormatter()
@@ -60,15 +64,15 @@ const ADDateFormatter &ADDateFormatter::standardDateFormatter()
 QString ADDateFormatter::stringFromDate(double secondsSinceReferenceDate) const
 {
     return _locale.toString(KZReferenceDate::toDateTime(secondsSinceReferenceDate, _zone),
-                            _dateFormat + QStringLiteral(", ") + _timeFormat);
+                            _dateTimeFormat);
 }
 
 std::optional<double> ADDateFormatter::dateFromString(const QString &text) const
 {
     const QString trimmed = text.simplified();
-    const QString forms[] = {
-        _dateFormat + QStringLiteral(", ") + _timeFormat, _dateFormat + u' ' + _timeFormat,
-        _locale.dateTimeFormat(QLocale::ShortFormat), _locale.dateTimeFormat(QLocale::LongFormat)};
+    const QString forms[] = {_dateTimeFormat, _dateFormat + u' ' + _timeFormat,
+                             _locale.dateTimeFormat(QLocale::ShortFormat),
+                             _locale.dateTimeFormat(QLocale::LongFormat)};
     for (const QString &form : forms) {
         QDateTime when = _locale.toDateTime(trimmed, form);
         if (when.isValid()) {
@@ -89,25 +93,22 @@ std::optional<double> ADDateFormatter::dateFromString(const QString &text) const
     return std::nullopt;
 }
 
-QString ADDateFormatter::stringForObjectValue(const PlistValue &value) const
+std::optional<QString> ADDateFormatter::stringForObjectValue(const PlistValue &value) const
 {
-    return value.kind() == PlistValue::Kind::Date ? stringFromDate(value.toDate()) : QString();
-}
-
-QString ADDateFormatter::editingStringForObjectValue(const PlistValue &value) const
-{
-    return stringForObjectValue(value);
+    if (value.kind() != PlistValue::Kind::Date)
+        return std::nullopt;
+    return stringFromDate(value.toDate());
 }
 
 bool ADDateFormatter::getObjectValue(PlistValue *value, const QString &text,
                                      QString *errorDescription) const
 {
     const std::optional<double> seconds = dateFromString(text);
-    if (!seconds) {
-        if (errorDescription)
-            *errorDescription = QStringLiteral("“%1” is not a date").arg(text);
-        return false;
-    }
+    if (!seconds)
+        return fail(
+            errorDescription,
+            KZStringWithFormat(KZLocalizedStringWithID(4003, QStringLiteral("“%@” is not a date")),
+                               {text}));
     if (value)
         *value = PlistValue::date(*seconds);
     return true;
