@@ -45,6 +45,8 @@ std::optional<double> descriptionDate(const QString &text)
     return KZReferenceDate::fromDateTime(when) - offset;
 }
 
+constexpr double kCompiledRange = 2.5e11; // seconds: years well within 1 to 9999
+
 } // namespace
 
 ADDateFormatter::ADDateFormatter() : ADDateFormatter(currentLocale()) {}
@@ -52,8 +54,12 @@ ADDateFormatter::ADDateFormatter() : ADDateFormatter(currentLocale()) {}
 ADDateFormatter::ADDateFormatter(const QLocale &locale, const QTimeZone &zone)
     : _locale(locale), _zone(zone), _dateFormat(mediumDateFormat(locale)),
       _timeFormat(mediumTimeFormat(locale)),
-      _dateTimeFormat(_dateFormat + QStringLiteral(", ") + _timeFormat)
-{}
+      _dateTimeFormat(_dateFormat + QStringLiteral(", ") + _timeFormat),
+      _compiledFormat(locale, _dateTimeFormat)
+{
+    if (!zone.hasTransitions())
+        _fixedOffset = zone.offsetFromUtc(QDateTime::currentDateTimeUtc());
+}
 
 const ADDateFormatter &ADDateFormatter::standardDateFormatter()
 {
@@ -63,6 +69,17 @@ const ADDateFormatter &ADDateFormatter::standardDateFormatter()
 
 QString ADDateFormatter::stringFromDate(double secondsSinceReferenceDate) const
 {
+    const double seconds =
+        std::floor(secondsSinceReferenceDate + KZReferenceDate::kSecondsFromEpoch);
+    if (_compiledFormat.isValid() && std::fabs(seconds) < kCompiledRange) {
+        const int offset =
+            _fixedOffset
+                ? *_fixedOffset
+                : _zone.offsetFromUtc(QDateTime::fromSecsSinceEpoch(qint64(seconds), Qt::UTC));
+        const QString text = _compiledFormat.format(qint64(seconds) + offset);
+        if (!text.isNull())
+            return text;
+    }
     return _locale.toString(KZReferenceDate::toDateTime(secondsSinceReferenceDate, _zone),
                             _dateTimeFormat);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KZCompiledDateFormat.h"
 #include "KZFormatter.h"
 
 #include <QLocale>
@@ -39,4 +40,6 @@ private:
     QString _dateFormat; // the medium date style
     QString _timeFormat; // the medium time style
     QString _dateTimeFormat;
+    KZCompiledDateFormat _compiledFormat; // _dateTimeFormat, ready to show dates fast
+    std::optional<int> _fixedOffset;      // of a zone without transitions, in seconds
 };

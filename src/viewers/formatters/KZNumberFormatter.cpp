@@ -2,7 +2,11 @@
 
 #include "shared/KZLocalizedString.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <string>
+#include <string_view>
 
 namespace {
 
@@ -13,16 +17,13 @@ bool isDigitPatternChar(QChar c)
     return c == u'#' || c == u'0' || c == u',' || c == u'.';
 }
 
-QString groupedDigits(const QString &digits, const QString &separator)
+void appendGroupedDigits(QString &out, std::string_view digits, const QString &separator)
 {
-    QString out;
-    out.reserve(digits.size() + digits.size() / 3 * separator.size());
-    for (qsizetype i = 0; i < digits.size(); ++i) {
+    for (size_t i = 0; i < digits.size(); ++i) {
         if (i > 0 && (digits.size() - i) % 3 == 0)
             out += separator;
-        out += digits[i];
+        out += QLatin1Char(digits[i]);
     }
-    return out;
 }
 
 quint64 magnitudeOf(const PlistValue &number, bool *negative)
@@ -97,27 +98,39 @@ const KZNumberFormatter::Part &KZNumberFormatter::partFor(bool negative, bool ze
     return _parts[0];
 }
 
-QString KZNumberFormatter::assemble(const Part &part, QString integerDigits, QString fractionDigits,
-                                    bool negativeSign) const
+QString KZNumberFormatter::assemble(const Part &part, std::string_view integerDigits,
+                                    std::string_view fractionDigits, bool negativeSign) const
 {
     if (!part.hasDigits)
         return part.prefix;
-    while (integerDigits.size() > part.minimumIntegerDigits && integerDigits.startsWith(u'0'))
-        integerDigits.remove(0, 1);
-    while (integerDigits.size() < part.minimumIntegerDigits)
-        integerDigits.prepend(u'0');
-    while (fractionDigits.size() > part.minimumFractionDigits && fractionDigits.endsWith(u'0'))
-        fractionDigits.chop(1);
-    while (fractionDigits.size() < part.minimumFractionDigits)
-        fractionDigits.append(u'0');
-    if (integerDigits.isEmpty() && fractionDigits.isEmpty())
-        integerDigits = QStringLiteral("0");
-    QString text = part.prefix;
+    while (integerDigits.size() > size_t(part.minimumIntegerDigits) && integerDigits.front() == '0')
+        integerDigits.remove_prefix(1);
+    while (fractionDigits.size() > size_t(part.minimumFractionDigits) &&
+           fractionDigits.back() == '0')
+        fractionDigits.remove_suffix(1);
+    const size_t integerPadding =
+        std::max<size_t>(integerDigits.empty() && fractionDigits.empty() ? 1 : 0,
+                         size_t(part.minimumIntegerDigits) -
+                             std::min(integerDigits.size(), size_t(part.minimumIntegerDigits)));
+    const size_t fractionPadding =
+        size_t(part.minimumFractionDigits) -
+        std::min(fractionDigits.size(), size_t(part.minimumFractionDigits));
+    QString text;
+    text.reserve(part.prefix.size() + part.suffix.size() + qsizetype(integerDigits.size()) +
+                 qsizetype(fractionDigits.size()) + 16);
+    text += part.prefix;
     if (negativeSign)
         text += _negativeSign;
-    text += part.grouping ? groupedDigits(integerDigits, _groupSeparator) : integerDigits;
-    if (!fractionDigits.isEmpty())
-        text += _decimalPoint + fractionDigits;
+    const std::string padded = std::string(integerPadding, '0') + std::string(integerDigits);
+    if (part.grouping)
+        appendGroupedDigits(text, padded, _groupSeparator);
+    else
+        text += QLatin1StringView(padded.data(), qsizetype(padded.size()));
+    if (!fractionDigits.empty() || fractionPadding > 0) {
+        text += _decimalPoint;
+        text += QLatin1StringView(fractionDigits.data(), qsizetype(fractionDigits.size()));
+        text += QString(qsizetype(fractionPadding), u'0');
+    }
     return text + part.suffix;
 }
 
@@ -125,23 +138,44 @@ QString KZNumberFormatter::realText(const Part &part, double magnitude, bool neg
 {
     if (!part.hasDigits)
         return part.prefix;
+    char digits[400];
     if (magnitude != 0 && (magnitude < 1e-4 || magnitude >= 1e15)) {
-        QString text = QLocale::c().toString(magnitude, 'e', QLocale::FloatingPointShortest);
-        const qsizetype exponent = text.indexOf(u'e');
-        QString mantissa = text.left(exponent);
-        if (!mantissa.contains(u'.'))
-            mantissa += QStringLiteral(".0");
-        text = mantissa + text.mid(exponent);
-        text.replace(u'.', _decimalPoint);
-        text.replace(u'e', _exponential);
-        return part.prefix + (negativeSign ? _negativeSign : QString()) + text + part.suffix;
+        const char *end =
+            std::to_chars(digits, digits + sizeof digits, magnitude, std::chars_format::scientific)
+                .ptr;
+        const std::string_view text(digits, size_t(end - digits));
+        const size_t exponent = text.find('e');
+        const std::string_view mantissa = text.substr(0, exponent);
+        const size_t point = mantissa.find('.');
+        QString out = part.prefix;
+        if (negativeSign)
+            out += _negativeSign;
+        out += QLatin1StringView(mantissa.data(),
+                                 qsizetype(point == mantissa.npos ? mantissa.size() : point));
+        out += _decimalPoint;
+        out += point == mantissa.npos ? QStringLiteral("0")
+                                      : QString::fromLatin1(mantissa.substr(point + 1));
+        out += _exponential;
+        out += QLatin1StringView(text.data() + exponent + 1, qsizetype(text.size() - exponent - 1));
+        return out + part.suffix;
     }
-    const QString fixed =
-        part.shortest ? QLocale::c().toString(magnitude, 'f', QLocale::FloatingPointShortest)
-                      : QLocale::c().toString(magnitude, 'f', part.maximumFractionDigits);
-    const qsizetype point = fixed.indexOf(u'.');
-    return assemble(part, point < 0 ? fixed : fixed.left(point),
-                    point < 0 ? QString() : fixed.mid(point + 1), negativeSign);
+    // The shortest digits that read back as the number, unless they need more
+    // fraction digits than the part shows; then rounded to what it shows.
+    const char *end =
+        std::to_chars(digits, digits + sizeof digits, magnitude, std::chars_format::fixed).ptr;
+    std::string_view fixed(digits, size_t(end - digits));
+    size_t point = fixed.find('.');
+    if (!part.shortest && point != fixed.npos &&
+        fixed.size() - point - 1 > size_t(part.maximumFractionDigits)) {
+        end = std::to_chars(digits, digits + sizeof digits, magnitude, std::chars_format::fixed,
+                            part.maximumFractionDigits)
+                  .ptr;
+        fixed = std::string_view(digits, size_t(end - digits));
+        point = fixed.find('.');
+    }
+    return assemble(part, fixed.substr(0, point),
+                    point == fixed.npos ? std::string_view() : fixed.substr(point + 1),
+                    negativeSign);
 }
 
 QString KZNumberFormatter::stringFromNumber(const PlistValue &number) const
@@ -157,7 +191,9 @@ QString KZNumberFormatter::stringFromNumber(const PlistValue &number) const
     bool negative = false;
     const quint64 magnitude = magnitudeOf(number, &negative);
     const Part &part = partFor(negative, magnitude == 0, &needsSign);
-    return assemble(part, QString::number(magnitude), QString(), needsSign);
+    char digits[24];
+    const char *end = std::to_chars(digits, digits + sizeof digits, magnitude).ptr;
+    return assemble(part, std::string_view(digits, size_t(end - digits)), {}, needsSign);
 }
 
 std::optional<PlistValue> KZNumberFormatter::numberFromString(const QString &string,

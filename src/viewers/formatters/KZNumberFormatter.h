@@ -4,6 +4,7 @@
 
 #include <QLocale>
 
+#include <string_view>
 #include <vector>
 
 /// Numbers as text by a pattern, with the separators and signs of the locale
@@ -62,8 +63,8 @@ private:
     };
     static Part parsePart(const QString &text);
     const Part &partFor(bool negative, bool zero, bool *needsSign) const;
-    QString assemble(const Part &part, QString integerDigits, QString fractionDigits,
-                     bool negativeSign) const;
+    QString assemble(const Part &part, std::string_view integerDigits,
+                     std::string_view fractionDigits, bool negativeSign) const;
     QString realText(const Part &part, double magnitude, bool negativeSign) const;
 
     QLocale _locale;
