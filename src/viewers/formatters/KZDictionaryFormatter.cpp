@@ -11,7 +11,9 @@ KZDictionaryFormatter::ObjectToString
 KZDictionaryFormatter::invertDictionary(const StringToObject &stringToObject)
 {
     ObjectToString inverse;
-    for (const auto &[string, object] : stringToObject) {
+    for (const auto &pair : stringToObject) {
+        const QString &string = pair.first;
+        const PlistValue &object = pair.second;
         const auto same = std::find_if(inverse.begin(), inverse.end(), [&](const auto &entry) {
             return entry.first.isEqualToPlist(object);
         });
@@ -27,7 +29,9 @@ KZDictionaryFormatter::StringToObject
 KZDictionaryFormatter::invertDictionary(const ObjectToString &objectToString)
 {
     StringToObject inverse;
-    for (const auto &[object, string] : objectToString) {
+    for (const auto &pair : objectToString) {
+        const PlistValue &object = pair.first;
+        const QString &string = pair.second;
         const auto same = std::find_if(inverse.begin(), inverse.end(),
                                        [&](const auto &entry) { return entry.first == string; });
         if (same != inverse.end())
