@@ -18,21 +18,3 @@ std::optional<QString> ADArrayFormatter::stringForObjectValue(const PlistValue &
         return std::nullopt;
     return stringForArray(value);
 }
-
-bool ADArrayFormatter::getObjectValue(PlistValue *, const QString &, QString *) const
-{
-    return false;
-}
-
-std::optional<KZStyledText>
-ADArrayFormatter::attributedStringForObjectValue(const PlistValue &value) const
-{
-    const std::optional<QString> text = stringForObjectValue(value);
-    if (!text)
-        return std::nullopt;
-    return KZStyledText{{},
-                        KZStyledText::Role::Secondary,
-                        *text,
-                        KZStyledText::Role::Disabled,
-                        KZStyledText::Font::OutlineFont};
-}

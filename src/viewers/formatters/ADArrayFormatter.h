@@ -1,10 +1,10 @@
 #pragma once
 
-#include "KZFormatter.h"
+#include "ADCollectionFormatter.h"
 
 /// What the value column shows for an array: "3 ordered objects", in the
 /// disabled colour and the outline's font. Arrays are not typed in.
-class ADArrayFormatter : public KZFormatter
+class ADArrayFormatter : public ADCollectionFormatter
 {
     Q_OBJECT
 public:
@@ -13,10 +13,6 @@ public:
     QString stringForArray(const PlistValue &array) const;
 
     std::optional<QString> stringForObjectValue(const PlistValue &value) const override;
-    bool getObjectValue(PlistValue *value, const QString &string,
-                        QString *errorDescription) const override;
-    std::optional<KZStyledText>
-    attributedStringForObjectValue(const PlistValue &value) const override;
 
 private:
     QString _countFormat; // the text, looked up once

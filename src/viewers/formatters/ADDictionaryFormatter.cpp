@@ -61,21 +61,3 @@ std::optional<QString> ADDictionaryFormatter::stringForObjectValue(const PlistVa
         return std::nullopt;
     return stringForDictionary(value);
 }
-
-bool ADDictionaryFormatter::getObjectValue(PlistValue *, const QString &, QString *) const
-{
-    return false;
-}
-
-std::optional<KZStyledText>
-ADDictionaryFormatter::attributedStringForObjectValue(const PlistValue &value) const
-{
-    const std::optional<QString> text = stringForObjectValue(value);
-    if (!text)
-        return std::nullopt;
-    return KZStyledText{{},
-                        KZStyledText::Role::Secondary,
-                        *text,
-                        KZStyledText::Role::Disabled,
-                        KZStyledText::Font::OutlineFont};
-}

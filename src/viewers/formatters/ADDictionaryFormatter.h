@@ -1,13 +1,13 @@
 #pragma once
 
-#include "KZFormatter.h"
+#include "ADCollectionFormatter.h"
 
 /// What the value column shows for a dictionary: its number of pairs, and
 /// with a `previewKeyPath` the value found there when it is a boolean,
 /// date, number or string ("3 key/value pairs (Name = 5)"). Styled in the
 /// disabled colour and the outline's font. Dictionaries are not typed in:
 /// parsing always fails, with no message.
-class ADDictionaryFormatter : public KZFormatter
+class ADDictionaryFormatter : public ADCollectionFormatter
 {
     Q_OBJECT
     Q_PROPERTY(QString previewKeyPath READ previewKeyPath WRITE setPreviewKeyPath)
@@ -23,10 +23,6 @@ public:
     static PlistValue valueForKeyPath(const PlistValue &dictionary, const QString &keyPath);
 
     std::optional<QString> stringForObjectValue(const PlistValue &value) const override;
-    bool getObjectValue(PlistValue *value, const QString &string,
-                        QString *errorDescription) const override;
-    std::optional<KZStyledText>
-    attributedStringForObjectValue(const PlistValue &value) const override;
 
 private:
     QString _previewKeyPath;

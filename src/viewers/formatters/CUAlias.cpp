@@ -59,12 +59,6 @@ double highResolutionDate(quint64 units)
                       : double(units) / 65536.0 - kSeconds1904To2001;
 }
 
-QString reasonText(int number, const char *defaultText, const QStringList &arguments = {})
-{
-    return KZStringWithFormat(KZLocalizedStringWithID(number, QString::fromUtf8(defaultText)),
-                              arguments);
-}
-
 // --- writing ---------------------------------------------------------------------
 
 void appendBigEndian16(QByteArray &out, quint16 value)
@@ -127,8 +121,9 @@ CUAlias::CUAlias(const QByteArray &data) : _data(data)
 
 bool CUAlias::fail(qsizetype offset, const QString &reason)
 {
-    _error = reasonText(4020, "Not a valid alias record: %@ (byte %@)",
-                        {reason, QString::number(offset)});
+    _error =
+        KZLocalizedStringWithFormat(4020, QStringLiteral("Not a valid alias record: %@ (byte %@)"),
+                                    {reason, QString::number(offset)});
     return false;
 }
 
@@ -138,17 +133,22 @@ bool CUAlias::read()
     const std::optional<quint16> size = view.bigEndian<quint16>(4);
     const std::optional<quint16> version = view.bigEndian<quint16>(6);
     if (!size || !version)
-        return fail(view.size(), reasonText(4021, "it is shorter than its header"));
+        return fail(view.size(),
+                    KZLocalizedStringWithID(4021, QStringLiteral("it is shorter than its header")));
     _version = *version;
     if (_version != 2 && _version != 3)
-        return fail(6, reasonText(4023, "version %@ is not one that can be read",
-                                  {QString::number(_version)}));
+        return fail(6, KZLocalizedStringWithFormat(
+                           4023, QStringLiteral("version %@ is not one that can be read"),
+                           {QString::number(_version)}));
     const qsizetype header = _version == 2 ? kVersion2Header : kVersion3Header;
     if (*size < header)
-        return fail(4, reasonText(4021, "it is shorter than its header"));
+        return fail(4,
+                    KZLocalizedStringWithID(4021, QStringLiteral("it is shorter than its header")));
     if (*size > view.size())
-        return fail(4, reasonText(4022, "its length field says %@ bytes, but only %@ are there",
-                                  {QString::number(*size), QString::number(view.size())}));
+        return fail(4, KZLocalizedStringWithFormat(
+                           4022,
+                           QStringLiteral("its length field says %@ bytes, but only %@ are there"),
+                           {QString::number(*size), QString::number(view.size())}));
     _kind = *view.bigEndian<quint16>(8);
     if (_version == 3) {
         _volumeCreationDate = highResolutionDate(*view.bigEndian<quint64>(10));
@@ -160,9 +160,11 @@ bool CUAlias::read()
     const quint8 volumeNameLength = quint8(_data[10]);
     const quint8 targetNameLength = quint8(_data[50]);
     if (volumeNameLength > kVolumeNameCapacity)
-        return fail(10, reasonText(4025, "a name is longer than its field"));
+        return fail(
+            10, KZLocalizedStringWithID(4025, QStringLiteral("a name is longer than its field")));
     if (targetNameLength > kTargetNameCapacity)
-        return fail(50, reasonText(4025, "a name is longer than its field"));
+        return fail(
+            50, KZLocalizedStringWithID(4025, QStringLiteral("a name is longer than its field")));
     _volumeName = recordText(*view.bytes(11, volumeNameLength)).replace(u'/', u':');
     _volumeCreationDate = lowResolutionDate(*view.bigEndian<quint32>(38));
     _parentDirectoryID = *view.bigEndian<quint32>(46);
@@ -179,12 +181,15 @@ bool CUAlias::readTags(qsizetype offset, qsizetype end)
         const std::optional<qint16> tag = view.bigEndian<qint16>(offset);
         const std::optional<quint16> length = view.bigEndian<quint16>(offset + 2);
         if (!tag || !length)
-            return fail(offset, reasonText(4026, "the record ends without its end mark"));
+            return fail(offset, KZLocalizedStringWithID(
+                                    4026, QStringLiteral("the record ends without its end mark")));
         if (*tag == End)
             return true;
         const std::optional<QByteArrayView> value = view.bytes(offset + 4, *length);
         if (!value)
-            return fail(offset, reasonText(4024, "a field runs past the end of the record"));
+            return fail(offset,
+                        KZLocalizedStringWithID(
+                            4024, QStringLiteral("a field runs past the end of the record")));
         switch (*tag) {
         case ParentFolderName:
             _parentFolderName = recordText(*value);
@@ -204,7 +209,9 @@ bool CUAlias::readTags(qsizetype offset, qsizetype end)
             const std::optional<QByteArrayView> units =
                 name.bytes(2, qint64(count.value_or(0)) * 2);
             if (!count || !units)
-                return fail(offset, reasonText(4024, "a field runs past the end of the record"));
+                return fail(offset,
+                            KZLocalizedStringWithID(
+                                4024, QStringLiteral("a field runs past the end of the record")));
             const QString text = KZStringEncoding::decode(*units, KZStringEncoding::UTF16BigEndian)
                                      .value_or(QString());
             (*tag == UnicodeTargetName ? _targetName : _volumeName) = text;

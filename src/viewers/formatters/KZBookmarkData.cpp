@@ -82,12 +82,6 @@ constexpr quint64 SupportsSparseFiles = 0x40000000000000;
 constexpr quint64 SupportsZeroRuns = 0x80000000000000;
 constexpr quint64 SupportsVolumeSizes = 0x100000000000000;
 
-QString reasonText(int number, const char *defaultText, const QStringList &arguments = {})
-{
-    return KZStringWithFormat(KZLocalizedStringWithID(number, QString::fromUtf8(defaultText)),
-                              arguments);
-}
-
 // Reads the items of one bookmark, each offset relative to the end of the header.
 class ItemReader
 {
@@ -98,12 +92,14 @@ public:
     {
         const qint64 at = _base + offset;
         if (depth > kMaximumDepth || ++_items > kItemBudget)
-            return failAt(at, reasonText(4037, "its items nest or repeat too deeply"));
+            return failAt(at, KZLocalizedStringWithID(
+                                  4037, QStringLiteral("its items nest or repeat too deeply")));
         const std::optional<quint32> length = _view.littleEndian<quint32>(at);
         const std::optional<quint32> type = _view.littleEndian<quint32>(at + 4);
         const std::optional<QByteArrayView> bytes = _view.bytes(at + 8, length.value_or(0));
         if (!length || !type || !bytes)
-            return failAt(at, reasonText(4035, "an item lies outside the data"));
+            return failAt(
+                at, KZLocalizedStringWithID(4035, QStringLiteral("an item lies outside the data")));
         return decode(*type, *bytes, at, depth);
     }
 
@@ -130,7 +126,9 @@ private:
             return number(subtype, bytes, at);
         case DateItem:
             if (bytes.size() != 8)
-                return failAt(at, reasonText(4036, "an item has the wrong size for its type"));
+                return failAt(at,
+                              KZLocalizedStringWithID(
+                                  4036, QStringLiteral("an item has the wrong size for its type")));
             return PlistValue::date(qFromBigEndian<double>(bytes.data()));
         case BooleanItem:
             return PlistValue(subtype == 1);
@@ -140,7 +138,9 @@ private:
             return dictionary(bytes, depth);
         case UuidItem:
             if (bytes.size() != 16)
-                return failAt(at, reasonText(4036, "an item has the wrong size for its type"));
+                return failAt(at,
+                              KZLocalizedStringWithID(
+                                  4036, QStringLiteral("an item has the wrong size for its type")));
             return PlistValue(QUuid::fromRfc4122(bytes).toString(QUuid::WithoutBraces).toUpper());
         case UrlItem:
             return url(subtype, bytes, depth);
@@ -170,7 +170,8 @@ private:
         case 8:
             return PlistValue(*view.littleEndian<qint64>(0));
         default:
-            return failAt(at, reasonText(4036, "an item has the wrong size for its type"));
+            return failAt(at, KZLocalizedStringWithID(
+                                  4036, QStringLiteral("an item has the wrong size for its type")));
         }
     }
 
@@ -211,7 +212,9 @@ private:
         const std::optional<quint32> baseOffset = view.littleEndian<quint32>(0);
         const std::optional<quint32> relativeOffset = view.littleEndian<quint32>(4);
         if (!baseOffset || !relativeOffset)
-            return failAt(_base, reasonText(4036, "an item has the wrong size for its type"));
+            return failAt(_base,
+                          KZLocalizedStringWithID(
+                              4036, QStringLiteral("an item has the wrong size for its type")));
         const std::optional<PlistValue> base = read(*baseOffset, depth + 1);
         const std::optional<PlistValue> relative = read(*relativeOffset, depth + 1);
         if (!base || !relative)
@@ -342,8 +345,8 @@ KZBookmarkData::KZBookmarkData(const QByteArray &data) : _data(data)
 
 bool KZBookmarkData::fail(qint64 offset, const QString &reason)
 {
-    _error =
-        reasonText(4030, "Not a valid bookmark: %@ (byte %@)", {reason, QString::number(offset)});
+    _error = KZLocalizedStringWithFormat(4030, QStringLiteral("Not a valid bookmark: %@ (byte %@)"),
+                                         {reason, QString::number(offset)});
     _items.clear();
     return false;
 }
@@ -355,14 +358,19 @@ bool KZBookmarkData::read()
     const std::optional<quint32> size = whole.littleEndian<quint32>(4);
     const std::optional<quint32> header = whole.littleEndian<quint32>(12);
     if (!magic || !size || !header)
-        return fail(whole.size(), reasonText(4031, "it is shorter than its header"));
+        return fail(whole.size(),
+                    KZLocalizedStringWithID(4031, QStringLiteral("it is shorter than its header")));
     if (*magic != "book" && *magic != "alis")
-        return fail(0, reasonText(4033, "it does not start with the bookmark signature"));
+        return fail(0, KZLocalizedStringWithID(
+                           4033, QStringLiteral("it does not start with the bookmark signature")));
     if (*size > whole.size())
-        return fail(4, reasonText(4032, "its length field says %@ bytes, but only %@ are there",
-                                  {QString::number(*size), QString::number(whole.size())}));
+        return fail(4, KZLocalizedStringWithFormat(
+                           4032,
+                           QStringLiteral("its length field says %@ bytes, but only %@ are there"),
+                           {QString::number(*size), QString::number(whole.size())}));
     if (*size < 20 || *header < 16 || *header > *size - 4)
-        return fail(12, reasonText(4039, "its header size is not valid"));
+        return fail(12,
+                    KZLocalizedStringWithID(4039, QStringLiteral("its header size is not valid")));
     const KZByteView view(QByteArrayView(_data).first(*size));
     ItemReader items(view, *header);
     QSet<quint32> seen;
@@ -370,13 +378,16 @@ bool KZBookmarkData::read()
     while (tableOffset != 0) {
         const qint64 table = qint64(*header) + tableOffset;
         if (seen.contains(tableOffset) || seen.size() == kMaximumTables)
-            return fail(table, reasonText(4038, "a table of contents is listed twice"));
+            return fail(table, KZLocalizedStringWithID(
+                                   4038, QStringLiteral("a table of contents is listed twice")));
         seen.insert(tableOffset);
         const std::optional<quint32> magicNumber = view.littleEndian<quint32>(table + 4);
         const std::optional<quint32> next = view.littleEndian<quint32>(table + 12);
         const std::optional<quint32> count = view.littleEndian<quint32>(table + 16);
         if (!magicNumber || !next || !count || !view.has(table + 20, qint64(*count) * 12))
-            return fail(table, reasonText(4034, "a table of contents lies outside the data"));
+            return fail(table,
+                        KZLocalizedStringWithID(
+                            4034, QStringLiteral("a table of contents lies outside the data")));
         if (*magicNumber != kTableMagic)
             break;
         for (quint32 i = 0; i < *count; ++i) {

@@ -2,6 +2,37 @@
 
 #include "shared/KZLocalizedString.h"
 
+namespace {
+
+bool same(const QString &a, const QString &b)
+{
+    return a == b;
+}
+
+bool same(const PlistValue &a, const PlistValue &b)
+{
+    return a.isEqualToPlist(b);
+}
+
+// Each value to its key; where two keys share a value, the later key wins.
+template <typename Key, typename Value>
+std::vector<std::pair<Key, Value>> inverted(const std::vector<std::pair<Value, Key>> &table)
+{
+    std::vector<std::pair<Key, Value>> inverse;
+    for (const auto &entry : table) {
+        const auto found = std::find_if(inverse.begin(), inverse.end(), [&](const auto &known) {
+            return same(known.first, entry.second);
+        });
+        if (found != inverse.end())
+            found->second = entry.first;
+        else
+            inverse.emplace_back(entry.second, entry.first);
+    }
+    return inverse;
+}
+
+} // namespace
+
 KZDictionaryFormatter::KZDictionaryFormatter(const StringToObject &stringToObject)
 {
     setStringToObjectDictionary(stringToObject);
@@ -10,36 +41,13 @@ KZDictionaryFormatter::KZDictionaryFormatter(const StringToObject &stringToObjec
 KZDictionaryFormatter::ObjectToString
 KZDictionaryFormatter::invertDictionary(const StringToObject &stringToObject)
 {
-    ObjectToString inverse;
-    for (const auto &pair : stringToObject) {
-        const QString &string = pair.first;
-        const PlistValue &object = pair.second;
-        const auto same = std::find_if(inverse.begin(), inverse.end(), [&](const auto &entry) {
-            return entry.first.isEqualToPlist(object);
-        });
-        if (same != inverse.end())
-            same->second = string;
-        else
-            inverse.emplace_back(object, string);
-    }
-    return inverse;
+    return inverted<PlistValue, QString>(stringToObject);
 }
 
 KZDictionaryFormatter::StringToObject
 KZDictionaryFormatter::invertDictionary(const ObjectToString &objectToString)
 {
-    StringToObject inverse;
-    for (const auto &pair : objectToString) {
-        const PlistValue &object = pair.first;
-        const QString &string = pair.second;
-        const auto same = std::find_if(inverse.begin(), inverse.end(),
-                                       [&](const auto &entry) { return entry.first == string; });
-        if (same != inverse.end())
-            same->second = object;
-        else
-            inverse.emplace_back(string, object);
-    }
-    return inverse;
+    return inverted<QString, PlistValue>(objectToString);
 }
 
 void KZDictionaryFormatter::setStringToObjectDictionary(const StringToObject &dictionary)

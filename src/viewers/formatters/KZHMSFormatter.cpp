@@ -59,12 +59,6 @@ QString twoDigits(qint64 n)
     return QStringLiteral("%1").arg(n, 2, 10, QLatin1Char('0'));
 }
 
-QString componentMessage(int number, const char *defaultText, const QStringList &arguments)
-{
-    return KZStringWithFormat(KZLocalizedStringWithID(number, QString::fromUtf8(defaultText)),
-                              arguments);
-}
-
 } // namespace
 
 std::optional<QString> KZHMSFormatter::stringForObjectValue(const PlistValue &value) const
@@ -141,18 +135,22 @@ bool KZHMSFormatter::getObjectValue(PlistValue *value, const QString &string,
         const QString name = QString::fromLatin1(component.name);
         if (!scanned.found)
             return fail(errorDescription,
-                        componentMessage(43, "Invalid value for %@ component", {name}));
+                        KZLocalizedStringWithFormat(
+                            43, QStringLiteral("Invalid value for %@ component"), {name}));
         if (scanned.value > component.largest)
             return fail(errorDescription,
-                        componentMessage(40, "Value %d too large for %@ component",
-                                         {QString::number(scanned.value), name}));
+                        KZLocalizedStringWithFormat(
+                            40, QStringLiteral("Value %d too large for %@ component"),
+                            {QString::number(scanned.value), name}));
         if (scanned.value < 0)
             return fail(errorDescription,
-                        componentMessage(41, "Value %d too small for %@ component",
-                                         {QString::number(scanned.value), name}));
+                        KZLocalizedStringWithFormat(
+                            41, QStringLiteral("Value %d too small for %@ component"),
+                            {QString::number(scanned.value), name}));
         if (scanned.end < range.size())
             return fail(errorDescription,
-                        componentMessage(42, "Illegal characters in %@ component", {name}));
+                        KZLocalizedStringWithFormat(
+                            42, QStringLiteral("Illegal characters in %@ component"), {name}));
         total += scanned.value * component.secondsPerUnit;
         end = colon < 0 ? start : start + colon;
     }
