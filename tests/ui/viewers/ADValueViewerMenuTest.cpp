@@ -19,6 +19,7 @@ TEST(ValueViewerMenu, ChecksTheViewersShowingTheSelectionAndReportsTheChoice)
     root.insert(QStringLiteral("b"), PlistValue(qint64(2)));
     const auto tree = ADPlistObject::createWithPlist(PlistValue(root));
     ADValueViewerRegistry registry;
+    registry.setSavePreferredViewerIdentifiers(false); // no preferences file is read
     const QString hex = QStringLiteral("com.fernhollow.value-viewer.number.hex.big-endian");
     tree->childForKey(QStringLiteral("b"))->setValueViewer(registry.viewerForIdentifier(hex));
 
