@@ -32,11 +32,9 @@ bool askToRecover(const KZError &error, QWidget *window)
 } // namespace
 
 QWidget *ADKeyCellView::createEditor(QWidget *parent, const QStyleOptionViewItem &,
-                                     const QModelIndex &) const
+                                     const QModelIndex &index) const
 {
-    auto *field = new QLineEdit(parent);
-    field->setFrame(false);
-    return opened(field);
+    return openedTextField(parent, index);
 }
 
 void ADKeyCellView::setModelData(QWidget *editor, QAbstractItemModel *,

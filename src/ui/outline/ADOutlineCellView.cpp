@@ -2,7 +2,10 @@
 
 #include "ADPlistOutlineView.h"
 
+#include <QCompleter>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QStringListModel>
 #include <QTimer>
 
 ADOutlineCellView::ADOutlineCellView(ADPlistOutlineView &view)
@@ -24,6 +27,23 @@ QWidget *ADOutlineCellView::opened(QWidget *editor) const
     _openEditor = editor;
     _commitTaken = true;
     return editor;
+}
+
+QWidget *ADOutlineCellView::openedTextField(QWidget *parent, const QModelIndex &index) const
+{
+    auto *field = new QLineEdit(parent);
+    field->setFrame(false);
+    auto *words = new QStringListModel(field);
+    auto *completer = new QCompleter(words, field);
+    completer->setCaseSensitivity(Qt::CaseInsensitive);
+    field->setCompleter(completer);
+    connect(field, &QLineEdit::textEdited, field,
+            [this, words, column = index.column(),
+             item = ADPlistObject::Pointer(itemAt(index))](const QString &text) {
+                if (item)
+                    words->setStringList(controller().completions(text, column, *item));
+            });
+    return opened(field);
 }
 
 bool ADOutlineCellView::commitOpenEditor()

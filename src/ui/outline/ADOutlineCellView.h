@@ -9,6 +9,7 @@
 class ADPlistObject;
 class ADPlistOutlineController;
 class ADPlistOutlineView;
+class QModelIndex;
 
 /// What the three cell views of the outline share: the outline font, the
 /// one editor open at a time (which the outline commits or drops before a
@@ -31,6 +32,8 @@ public:
 protected:
     /// Remembers the editor as the open one; every cell view calls it from `createEditor`.
     QWidget *opened(QWidget *editor) const;
+    /// A frameless text field whose completions come from the controller as the user types.
+    QWidget *openedTextField(QWidget *parent, const QModelIndex &index) const;
     ADPlistOutlineController &controller() const;
     ADPlistOutlineView &view() const { return _view; }
     static ADPlistObject *itemAt(const QModelIndex &index);

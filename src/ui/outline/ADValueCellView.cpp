@@ -107,9 +107,7 @@ QWidget *ADValueCellView::createEditor(QWidget *parent, const QStyleOptionViewIt
                 [&outline = view(), popUp] { outline.finishEditing(popUp); });
         return opened(popUp);
     }
-    auto *field = new QLineEdit(parent);
-    field->setFrame(false);
-    return opened(field);
+    return openedTextField(parent, index);
 }
 
 void ADValueCellView::setEditorData(QWidget *editor, const QModelIndex &index) const
