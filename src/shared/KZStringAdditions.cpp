@@ -105,3 +105,22 @@ void insertObjectSortedBySelector(QStringList &list, const QString &object, KZCo
     }
     list.insert(low, object);
 }
+
+std::optional<std::pair<QString, QString>> kz_substringUpToString(const QString &text,
+                                                                  const QString &separator)
+{
+    const qsizetype at = text.indexOf(separator);
+    if (at < 0)
+        return std::nullopt;
+    return std::pair(text.first(at), text.sliced(at + separator.size()));
+}
+
+QHash<QString, QString> kz_parseQueryString(const QString &query)
+{
+    QHash<QString, QString> arguments;
+    for (const QString &piece : query.split(u'&')) {
+        if (const auto pair = kz_substringUpToString(piece, QStringLiteral("=")))
+            arguments.insert(pair->first, pair->second);
+    }
+    return arguments;
+}

@@ -3,9 +3,13 @@
 #include "KZComparison.h"
 #include "KZRange.h"
 
+#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QStringList>
+
+#include <optional>
+#include <utility>
 
 /// What the program adds to strings and string lists.
 
@@ -32,3 +36,12 @@ QString kz_uniquifyInStrings(const QString &base, const QSet<QString> &taken);
 /// elements keep the order they came in.
 void insertObjectSortedBySelector(QStringList &list, const QString &object,
                                   KZComparison comparison);
+
+/// The part of `text` before the first `separator` and the part after it (empty
+/// when nothing follows); nothing when `separator` does not occur.
+std::optional<std::pair<QString, QString>> kz_substringUpToString(const QString &text,
+                                                                  const QString &separator);
+
+/// "a=1&b=2" as a dictionary: pieces split at "&", each at its first "=";
+/// a piece without "=" is dropped, and a later key wins.
+QHash<QString, QString> kz_parseQueryString(const QString &query);
