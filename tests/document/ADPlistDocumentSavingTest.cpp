@@ -456,6 +456,28 @@ TEST_F(ADPlistDocumentSavingTest, AutosavesInPlaceOnlyWhatIsSafeToWriteUnasked)
     }
 }
 
+TEST_F(ADPlistDocumentSavingTest, AnUnwritableFileIsAutosavedAsideInSilence)
+{
+    QTemporaryDir storeFolder;
+    KZAutosaveStore store(storeFolder.path());
+    Scene scene(_prefs);
+    scene.document.setAutosavesInPlace(true);
+    scene.document.setAutosaveStore(&store);
+    scene.open(sample(), ADPlistFormatXML);
+    scene.editTree("a", PlistValue(5));
+    const UnwritableFolder locked(scene.folder.path());
+    if (!locked.holds())
+        GTEST_SKIP() << "no folder can be locked here";
+
+    std::optional<KZError> error = KZError(KZErrorDomain, -1);
+    scene.document.autosaveWithImplicitCancellability(
+        true, [&error](const std::optional<KZError> &e) { error = e; });
+    EXPECT_FALSE(error);
+    EXPECT_TRUE(scene.presenter.asked.empty());
+    EXPECT_FALSE(scene.document.hasUnautosavedChanges()) << "kept in the store instead";
+    EXPECT_EQ(fileBytes(scene.path), PlistSerialization::write(sample(), ADPlistFormatXML).data);
+}
+
 TEST_F(ADPlistDocumentSavingTest, AutosavesWhenTheDelayIsOver)
 {
     QTemporaryDir storeFolder;
