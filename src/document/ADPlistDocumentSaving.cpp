@@ -37,6 +37,12 @@ void ADPlistDocument::saveToURL(const QString &path, const QString &type, KZSave
     } else if (_editMode == ADEditModeOutline) {
         (void)synchronizeFromMode(ADEditModeOutline); // the tree is whole whatever the text
     }
+    // A format change would rewrite the text from the tree and lose what the
+    // user typed; the save fails with the parse error before asking anything.
+    if (_saveError) {
+        KZDocument::saveToURL(path, type, operation, std::move(done));
+        return;
+    }
     const ADPlistFormat format = plistFormatForDocumentType(type, _plistFormat);
     if (format == _plistFormat && !fitsFormat(format)) {
         // Kept in its own format, a value the format cannot hold would turn

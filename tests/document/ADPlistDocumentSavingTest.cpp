@@ -131,23 +131,39 @@ TEST_F(ADPlistDocumentSavingTest, SavesBothSidesAfterSyncingThem)
     }
 }
 
+// Nothing is written and nothing is asked about the format: the text stays as typed.
 TEST_F(ADPlistDocumentSavingTest, ATextThatDoesNotParseIsNotSaved)
 {
-    Scene scene(_prefs);
-    scene.open(sample(), ADPlistFormatXML);
-    const QByteArray old = fileBytes(scene.path);
-    scene.typeOver(QStringLiteral("</dict>"), QStringLiteral("</array>"));
-    scene.presenter.willAnswer(QStringLiteral("OK"));
+    struct Row
+    {
+        const char *name;
+        qsizetype filter; // -1 the document's own file, else the save panel's type
+    };
+    const Row rows[] = {{"Save", -1}, {"SaveAsJson", 1}, {"SaveAsPropertyList", 0}};
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        Scene scene(_prefs);
+        scene.open(sample(), ADPlistFormatXML);
+        const QByteArray old = fileBytes(scene.path);
+        scene.typeOver(QStringLiteral("</dict>"), QStringLiteral("</array>"));
+        scene.presenter.willAnswer(QStringLiteral("OK"));
+        const QString other = scene.folder.filePath(QStringLiteral("other"));
 
-    const std::optional<KZError> error = save(scene);
-    ASSERT_TRUE(error);
-    EXPECT_TRUE(error->is(ADErrorDomain, ADParseError));
-    EXPECT_EQ(scene.presenter.asked.back().title, QStringLiteral("Parse error"));
-    EXPECT_TRUE(scene.presenter.asked.back().informativeText.startsWith(QStringLiteral("line ")));
-    EXPECT_EQ(fileBytes(scene.path), old);
-    EXPECT_EQ(scene.document.editMode(), ADEditModeText);
-    EXPECT_EQ(scene.text.currentText(), scene.lastTyped);
-    EXPECT_TRUE(scene.document.isDocumentEdited());
+        const std::optional<KZError> error =
+            row.filter < 0 ? save(scene) : saveAs(scene, other, row.filter);
+        ASSERT_TRUE(error);
+        EXPECT_TRUE(error->is(ADErrorDomain, ADParseError));
+        EXPECT_TRUE(scene.presenter.scriptDone());
+        EXPECT_EQ(scene.presenter.asked.back().title, QStringLiteral("Parse error"));
+        EXPECT_TRUE(
+            scene.presenter.asked.back().informativeText.startsWith(QStringLiteral("line ")));
+        EXPECT_EQ(fileBytes(scene.path), old);
+        EXPECT_FALSE(QFileInfo::exists(other));
+        EXPECT_EQ(scene.document.editMode(), ADEditModeText);
+        EXPECT_EQ(scene.document.plistFormat(), ADPlistFormatXML);
+        EXPECT_EQ(scene.text.currentText(), scene.lastTyped);
+        EXPECT_TRUE(scene.document.isDocumentEdited());
+    }
 }
 
 // The type chosen in the save panel decides the file's format.
