@@ -239,6 +239,8 @@ TEST_F(ADPlistDocumentTest, OffersTheRawTextOfAFileThatDoesNotParse)
          QStringLiteral("<?xml version=\"1.0\"?>\n<plist><dict><key>a</key></plist>")},
         {"JsonWithASyntaxError", "{\"a\": [1, 2}", ADPlistFormatJSON,
          QStringLiteral("{\"a\": [1, 2}")},
+        // Text that is no XML is taken for JSON, whatever form it was meant in.
+        {"OldStyleWithASyntaxError", "{ a = (1, ", ADPlistFormatJSON, QStringLiteral("{ a = (1, ")},
         {"NotUtf8", "{ a = \"\x8e\x9f\"; b = ", ADPlistFormatASCII,
          QStringLiteral("{ a = \"\u00e9\u00fc\"; b = ")},
         {"Empty", QByteArray(), ADPlistFormatJSON, QString()},
