@@ -35,6 +35,20 @@ PlistValue readFile(const QString &path, ADPlistFormat *format = nullptr)
     return ADPlistObject::readPlistFromFile(path, false, format, nullptr);
 }
 
+/// Locks the scene's folder for a table row that asks for it; false, with a
+/// note, where this system cannot, and the row is skipped.
+bool lockFolderFor(bool asked, const char *row, const Scene &scene,
+                   std::unique_ptr<UnwritableFolder> &locked)
+{
+    if (!asked)
+        return true;
+    locked = std::make_unique<UnwritableFolder>(scene.folder.path());
+    if (locked->holds())
+        return true;
+    std::cout << "[  SKIPPED ] " << row << ": no folder can be locked here\n";
+    return false;
+}
+
 /// Definitions that know one identifier for every file.
 class OneDefinition : public ADDocumentDefinitions
 {
@@ -284,12 +298,8 @@ TEST_F(ADPlistDocumentSavingTest, AFailedSaveLosesNothing)
         const QByteArray old = fileBytes(scene.path);
         scene.editTree("a", PlistValue(5));
         std::unique_ptr<UnwritableFolder> locked;
-        if (row.lockFolder)
-            locked = std::make_unique<UnwritableFolder>(scene.folder.path());
-        if (locked && !locked->holds()) {
-            std::cout << "[  SKIPPED ] " << row.name << ": no folder can be locked here\n";
+        if (!lockFolderFor(row.lockFolder, row.name, scene, locked))
             continue;
-        }
         SafeFileWriter::injectFaultAfterBytes(row.faultAfter);
         scene.presenter.willAnswer(QStringLiteral("Cancel"));
 
@@ -464,12 +474,8 @@ TEST_F(ADPlistDocumentSavingTest, AutosavesInPlaceOnlyWhatIsSafeToWriteUnasked)
         row.edit(scene);
         const QByteArray before = fileBytes(scene.path);
         std::unique_ptr<UnwritableFolder> locked;
-        if (row.lockFolder)
-            locked = std::make_unique<UnwritableFolder>(scene.folder.path());
-        if (locked && !locked->holds()) {
-            std::cout << "[  SKIPPED ] " << row.name << ": no folder can be locked here\n";
+        if (!lockFolderFor(row.lockFolder, row.name, scene, locked))
             continue;
-        }
 
         std::optional<KZError> error = KZError(KZErrorDomain, -1);
         scene.document.autosaveWithImplicitCancellability(
