@@ -138,6 +138,9 @@ public:
 
     // --- value
     const PlistValue &plist() const { return _plist; }
+    /// What a container holds for this node, and what a file holds for a
+    /// root: its value, or the keyed-archiver UID it shows.
+    PlistValue entryValue() const;
     QString plistTypeName() const { return classNameForPlistType(plistType()); }
     /// True for arrays and dictionaries, empty or not.
     bool hasChildren() const { return _type == ADPlistTypeArray || _type == ADPlistTypeDictionary; }
@@ -283,8 +286,6 @@ private:
     Slots &childSlots() const;
     /// Entry `index` of the plain container.
     const PlistValue &entryAtIndex(qint64 index) const;
-    /// What the parent's container holds for this node: its value, or the UID it shows.
-    PlistValue entryValue() const;
     Pointer makeChild(qint64 index) const;
     void attachChild(ADPlistObject &child, qint64 index);
     void renumberChildren();
