@@ -3,9 +3,9 @@
 #include <QString>
 #include <QStringList>
 
-class KZError;
-
 #include <functional>
+
+class KZError;
 
 /// A question, or a message, for the user.
 struct KZQuestion
