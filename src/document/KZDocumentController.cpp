@@ -10,6 +10,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <typeinfo>
 
 KZDocumentController::KZDocumentController(Factory factory, std::vector<KZFileTypeFilter> types,
                                            QObject *parent)
@@ -72,6 +73,7 @@ void KZDocumentController::openDocumentWithContentsOfURL(
                               KZDocument *opened = made->get();
                               opened->setFileModificationDate(KZFileStamp::ofFile(absolute));
                               self->addDocument(std::move(*made));
+                              self->closeBlankDocumentFor(opened);
                               done(opened, std::nullopt);
                           });
 }
@@ -205,6 +207,8 @@ void KZDocumentController::reopenRecords(std::vector<KZAutosaveStore::Record> re
 void KZDocumentController::addDocument(std::unique_ptr<KZDocument> document)
 {
     KZDocument *added = document.get();
+    if (_autoCloseBlankDocument && _documents.empty() && added->fileURL().isEmpty())
+        _blankDocument = added;
     connect(added, &KZDocument::closed, this, [this, added] { removeDocument(added); });
     _documents.push_back(std::move(document));
     emit documentAdded(added);
@@ -228,9 +232,23 @@ void KZDocumentController::removeDocument(KZDocument *document)
                                     [document](const auto &d) { return d.get() == document; });
     if (found == _documents.end())
         return;
+    _blankDocument = nullptr;
     found->release()->deleteLater();
     _documents.erase(found);
     emit documentRemoved(document);
     KZNotificationCenter::defaultCenter().postNotification(
         KZDocumentControllerDidRemoveDocumentNotification, document);
+}
+
+void KZDocumentController::closeBlankDocumentFor(KZDocument *opened)
+{
+    if (!_autoCloseBlankDocument || _documents.size() < 2 || !_blankDocument)
+        return;
+    KZDocument *blank = _blankDocument;
+    _blankDocument = nullptr;
+    if (blank->isDocumentEdited() || !blank->fileURL().isEmpty() ||
+        typeid(*blank) != typeid(*opened))
+        return;
+    emit blankDocumentReplaced(blank, opened);
+    blank->close();
 }

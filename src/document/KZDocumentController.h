@@ -4,6 +4,7 @@
 #include "KZDocumentPanels.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 #include <functional>
@@ -47,7 +48,7 @@ public:
     KZDocument *documentForURL(const QString &path) const;
     /// The type a file opens as, by its extension: the default type for any other.
     QString typeForContentsOfURL(const QString &path) const;
-    QString defaultType() const;
+    virtual QString defaultType() const;
 
     /// Opens the file, or finds it open. No document and no error: the user
     /// declined (the raw text of a bad file, say).
@@ -64,13 +65,24 @@ public:
 
     void addDocument(std::unique_ptr<KZDocument> document);
 
+    /// The blank document is the untitled one made while no other was open:
+    /// the first file opened takes its place unless it was edited, has a
+    /// file, or is of another class. On by default.
+    bool autoCloseBlankDocument() const { return _autoCloseBlankDocument; }
+    void setAutoCloseBlankDocument(bool autoClose) { _autoCloseBlankDocument = autoClose; }
+    KZDocument *blankDocument() const { return _blankDocument; }
+
 signals:
     void documentAdded(KZDocument *document);
     void documentRemoved(KZDocument *document);
+    /// `opened` takes the place of the blank document, which closes next:
+    /// its window may stand where the blank one stood.
+    void blankDocumentReplaced(KZDocument *blank, KZDocument *opened);
 
 private:
     std::unique_ptr<KZDocument> makeDocument(const QString &type) const;
     void removeDocument(KZDocument *document);
+    void closeBlankDocumentFor(KZDocument *opened);
     void reopenRecords(std::vector<KZAutosaveStore::Record> records, DocumentsCompletion done);
 
     Factory _factory;
@@ -79,4 +91,6 @@ private:
     KZDocumentPresenter *_presenter = nullptr;
     KZDocumentPanels *_panels = nullptr;
     KZAutosaveStore *_autosaveStore = nullptr;
+    bool _autoCloseBlankDocument = true;
+    QPointer<KZDocument> _blankDocument;
 };
