@@ -17,6 +17,8 @@ public:
     explicit ADPlistWindow(QWidget *parent = nullptr);
 
     void setCloseQuestion(CloseQuestion question) { _mayClose = std::move(question); }
+    /// Closes with no question: what it would ask about is gone already.
+    void closeWithoutAsking();
 
 signals:
     void windowClosed();

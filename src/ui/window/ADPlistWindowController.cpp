@@ -102,6 +102,7 @@ ADPlistWindowController::ADPlistWindowController(ADPlistDocument &document,
     : _document(document), _preferences(preferences), _window(std::make_unique<ADPlistWindow>()),
       _outlineController(preferences.userDefaults()), _refreshTimer(new QTimer(this))
 {
+    _documentAlive = &document;
     _refreshTimer->setSingleShot(true);
     _refreshTimer->setInterval(0);
     connect(_refreshTimer, &QTimer::timeout, this, &ADPlistWindowController::refreshActions);
@@ -130,12 +131,26 @@ ADPlistWindowController::ADPlistWindowController(ADPlistDocument &document,
 
 ADPlistWindowController::~ADPlistWindowController()
 {
+    detachFromDocument();
+}
+
+// Lets go of everything of the document's while it still stands: a closed
+// document goes before its window controller.
+void ADPlistWindowController::detachFromDocument()
+{
+    if (!_documentAlive)
+        return;
+    _document.notificationCenter().removeObserver(_changeObservation);
+    _outlineController.setNotificationCenter(nullptr);
+    _outlineController.setUndoManager(nullptr);
     if (_document.window() == this)
         _document.setWindow(nullptr);
     if (_document.textSide() == _textViewController.get())
         _document.setTextSide(nullptr);
-    _document.setPresenter(nullptr);
+    if (_document.presenter() == _presenter.get())
+        _document.setPresenter(nullptr);
     _document.setPanels(nullptr);
+    _documentAlive = nullptr;
 }
 
 void ADPlistWindowController::buildWindow()
@@ -190,7 +205,8 @@ void ADPlistWindowController::buildWindow()
     });
     connect(_window.get(), &ADPlistWindow::windowClosed, this, [this] {
         saveColumnWidths();
-        _document.close();
+        if (!_documentClosed)
+            _document.close();
         emit windowClosed();
     });
     restoreGeometry();
@@ -419,16 +435,17 @@ void ADPlistWindowController::setupDocumentObservations()
             &ADPlistWindowController::refreshTitle);
     connect(&_document, &KZDocument::fileURLChanged, this, &ADPlistWindowController::refreshTitle);
     connect(&_document, &KZDocument::closed, this, [this] {
-        if (_window->isVisible())
-            _window->close();
+        _documentClosed = true;
+        detachFromDocument();
+        _window->closeWithoutAsking();
     });
     connect(_document.undoManager().undoStack(), &QUndoStack::indexChanged, this,
             &ADPlistWindowController::scheduleRefresh);
-    _document.notificationCenter().addObserver(PlistObjectDidChangeNotification, nullptr,
-                                               [this](const KZNotification &) {
-                                                   if (_window->isVisible())
-                                                       refreshViewAsToolbarItem();
-                                               });
+    _changeObservation = _document.notificationCenter().addObserver(
+        PlistObjectDidChangeNotification, nullptr, [this](const KZNotification &) {
+            if (_window->isVisible())
+                refreshViewAsToolbarItem();
+        });
 }
 
 void ADPlistWindowController::plistFormatDidChange(ADPlistFormat format)

@@ -3,6 +3,7 @@
 #include "document/ADPlistDocumentWindow.h"
 #include "outline/ADPlistOutlineController.h"
 #include "shared/ADTypes.h"
+#include "ui/outline/ADEditSheet.h"
 
 #include <QHash>
 #include <QObject>
@@ -11,7 +12,6 @@
 #include <functional>
 #include <memory>
 
-class ADEditSheet;
 class ADPlistDocument;
 class ADPlistOutlineView;
 class ADPlistWindow;
@@ -132,6 +132,7 @@ private:
                         std::function<void()> run, std::function<bool()> enabled = {});
     void setupPlistOutlineController();
     void setupDocumentObservations();
+    void detachFromDocument();
     void plistFormatDidChange(ADPlistFormat format);
     void refreshTitle();
     void scheduleRefresh();
@@ -160,4 +161,7 @@ private:
     QTimer *_refreshTimer = nullptr;            // child
     QHash<QString, QAction *> _actions;         // the window's
     QHash<QAction *, std::function<bool()>> _validators;
+    bool _documentClosed = false;
+    KZNotificationCenter::Token _changeObservation{};
+    QPointer<ADPlistDocument> _documentAlive; // the document may go first once closed
 };
