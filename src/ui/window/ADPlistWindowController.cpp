@@ -217,13 +217,17 @@ void ADPlistWindowController::buildToolbar()
     QToolBar *toolbar = _window->addToolBar(localized(7306, "Toolbar"));
     toolbar->setObjectName(QStringLiteral("PlistDocument"));
     toolbar->setMovable(false);
-    const auto addItem = [toolbar](const QString &label, const QString &toolTip, QWidget *item) {
+    // A caption before the item, where the item does not name itself.
+    const auto addItem = [toolbar](const QString &label, const QString &toolTip, QWidget *item,
+                                   bool captioned = true) {
         auto *box = new QWidget;
         auto *layout = new QHBoxLayout(box);
         layout->setContentsMargins(6, 0, 6, 0);
-        auto *caption = new QLabel(label);
-        caption->setBuddy(item);
-        layout->addWidget(caption);
+        if (captioned) {
+            auto *caption = new QLabel(label);
+            caption->setBuddy(item);
+            layout->addWidget(caption);
+        }
         layout->addWidget(item);
         item->setToolTip(toolTip);
         item->setAccessibleName(label);
@@ -250,7 +254,8 @@ void ADPlistWindowController::buildToolbar()
     _viewAsMenu = new QMenu(_viewAsButton);
     _viewAsButton->setMenu(_viewAsMenu);
     addItem(localized(168, "View As"),
-            localized(170, "View the selected object as a different data type"), _viewAsButton);
+            localized(170, "View the selected object as a different data type"), _viewAsButton,
+            false);
 }
 
 QAction *ADPlistWindowController::addCommand(QMenu *menu, const QString &name, const QString &title,
