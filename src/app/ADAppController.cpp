@@ -18,6 +18,9 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <cstdio>
+#include <cstdlib>
+
 namespace {
 
 // A path, the path of a file URL, or nothing for anything else.
@@ -232,6 +235,11 @@ void ADAppController::makeWindowController(ADPlistDocument *document)
     }
     _windowControllers.push_back(std::move(controller));
     window->showWindow();
+    if (_exitWhenShown) {
+        window->window()->repaint();
+        std::fflush(nullptr);
+        std::_Exit(0);
+    }
 }
 
 void ADAppController::presentErrors(const std::vector<KZError> &errors)

@@ -60,6 +60,10 @@ public:
     /// Plist data handed over whole as a new document, with its window.
     void openPlistData(const QByteArray &data);
 
+    /// For measuring: once the first window is painted, the process ends
+    /// at once, without freeing what it holds.
+    void setExitWhenShown(bool exitWhenShown) { _exitWhenShown = exitWhenShown; }
+
     void newDocument();
     void openDocument();
     /// Closes every window, each asking about unsaved changes; quits when all have gone.
@@ -82,4 +86,5 @@ private:
     std::unique_ptr<ADDocumentController> _documentController;
     std::vector<std::unique_ptr<ADPlistWindowController>> _windowControllers;
     QHash<const KZDocument *, QRect> _initialFrames; // of documents that replace the blank one
+    bool _exitWhenShown = false;
 };

@@ -59,6 +59,10 @@ int main(int argc, char *argv[])
         QStringLiteral("files"),
         QStringLiteral("Files or arbordeck: URLs to open; - reads plist text from standard input."),
         QStringLiteral("[files...]"));
+    const QCommandLineOption exitWhenShown(
+        QStringLiteral("exit-when-shown"),
+        QStringLiteral("Exit as soon as the first window is painted (for timing the start)."));
+    parser.addOption(exitWhenShown);
     parser.process(application);
 
     QStringList arguments = parser.positionalArguments();
@@ -71,11 +75,14 @@ int main(int argc, char *argv[])
     }
     const QStringList requests = absoluteRequests(arguments);
     ADInstanceChannel channel;
-    if (standardInput.isNull() && channel.sendToRunningInstance(requests))
+    const bool timing = parser.isSet(exitWhenShown);
+    if (!timing && standardInput.isNull() && channel.sendToRunningInstance(requests))
         return 0;
-    channel.listen();
+    if (!timing)
+        channel.listen();
 
     ADAppController controller(ADPreferences::shared(), KZAutosaveStore::defaultFolder());
+    controller.setExitWhenShown(timing);
     QObject::connect(&channel, &ADInstanceChannel::requestsReceived, &controller,
                      &ADAppController::openRequests);
     controller.applicationDidFinishLaunching(requests, standardInput);
