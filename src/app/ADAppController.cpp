@@ -67,6 +67,14 @@ ADAppController::ADAppController(ADPreferences &preferences, const QString &auto
     _documentController->setAutosaveStore(_autosaveStore.get());
     connect(_documentController.get(), &KZDocumentController::documentAdded, this,
             &ADAppController::documentAdded);
+    // Someone may have changed a file while the program was in the background.
+    connect(qApp, &QGuiApplication::applicationStateChanged, this,
+            [this](Qt::ApplicationState state) {
+                if (state != Qt::ApplicationActive)
+                    return;
+                for (const std::unique_ptr<KZDocument> &document : _documentController->documents())
+                    static_cast<ADPlistDocument *>(document.get())->checkForChangedFile();
+            });
     connect(_documentController.get(), &KZDocumentController::blankDocumentReplaced, this,
             [this](KZDocument *blank, KZDocument *opened) {
                 if (const ADPlistWindowController *window = windowControllerFor(blank))
@@ -96,7 +104,8 @@ void ADAppController::applicationDidFinishLaunching(const QStringList &requests,
         [this, requests, standardInput](const std::vector<KZDocument *> &reopened) {
             if (!standardInput.isNull())
                 openPlistData(standardInput);
-            openRequests(requests);
+            if (!requests.isEmpty())
+                openRequests(requests);
             if (reopened.empty() && requests.isEmpty() && standardInput.isNull())
                 newDocument();
         });
@@ -104,6 +113,10 @@ void ADAppController::applicationDidFinishLaunching(const QStringList &requests,
 
 void ADAppController::openRequests(const QStringList &requests)
 {
+    if (requests.isEmpty()) {
+        reopen();
+        return;
+    }
     QStringList files;
     for (const QString &request : requests) {
         if (request.startsWith(_urlHandler.scheme() + u':', Qt::CaseInsensitive))
@@ -115,6 +128,18 @@ void ADAppController::openRequests(const QStringList &requests)
         return;
     processFiles(files, [this](const std::vector<KZDocument *> &,
                                const std::vector<KZError> &errors) { presentErrors(errors); });
+}
+
+// A launch with nothing to open: the windows there are come forward, and
+// with none a new document comes only when the settings ask for one.
+void ADAppController::reopen()
+{
+    if (!_windowControllers.empty()) {
+        _windowControllers.back()->showWindow();
+        return;
+    }
+    if (_preferences.reopenAction() == 0)
+        newDocument();
 }
 
 void ADAppController::processFiles(const QStringList &items, OpenCompletion done)

@@ -49,8 +49,8 @@ public:
     /// the blank document when nothing else opened.
     void applicationDidFinishLaunching(const QStringList &requests,
                                        const QByteArray &standardInput = {});
-    /// What a second launch handed over: shown as `applicationDidFinishLaunching`
-    /// would, but never a blank document.
+    /// What a second launch handed over. With nothing, the windows come
+    /// forward, or with none a new document when the settings ask for one.
     void openRequests(const QStringList &requests);
     /// Opens files: a folder among them opens nothing (folders belong to the
     /// file browser). `done` gets the documents and the errors, once.
@@ -73,6 +73,7 @@ public:
     bool urlHandlerReceivedHelpURLWithAnchor(const std::optional<QString> &anchor) override;
 
 private:
+    void reopen();
     void documentAdded(KZDocument *document);
     void makeWindowController(ADPlistDocument *document);
     void presentErrors(const std::vector<KZError> &errors);

@@ -103,6 +103,22 @@ TEST_F(ADAppControllerTest, AnEditedBlankDocumentStays)
     EXPECT_EQ(documents().size(), 2u);
 }
 
+TEST_F(ADAppControllerTest, ALaunchWithNothingToOpenMakesADocumentOnlyWhenAsked)
+{
+    prefs.setReopenAction(1);
+    app.openRequests({});
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(documents().empty());
+
+    prefs.setReopenAction(0);
+    app.openRequests({});
+    QCoreApplication::processEvents();
+    ASSERT_EQ(documents().size(), 1u);
+    app.openRequests({});
+    QCoreApplication::processEvents();
+    EXPECT_EQ(documents().size(), 1u) << "an open window comes forward instead";
+}
+
 TEST_F(ADAppControllerTest, AFolderAmongTheFilesOpensNothing)
 {
     const std::vector<KZError> errors = open({file("a.plist"), folder.path()});
