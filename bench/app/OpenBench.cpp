@@ -84,20 +84,6 @@ std::pair<Run, Run> medians(const QStringList &a, const QStringList &b, int runs
     return {{median(aTimes), median(aPeaks)}, {median(bTimes), median(bPeaks)}};
 }
 
-QString writeFile(const QTemporaryDir &dir, const QString &name, const PlistValue &value,
-                  ADPlistFormat format)
-{
-    const WriteResult written = PlistSerialization::write(value, format, false);
-    const QString path = dir.filePath(name);
-    QFile file(path);
-    if (!written || !file.open(QIODevice::WriteOnly) ||
-        file.write(written.data) != written.data.size()) {
-        std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
-        std::exit(1);
-    }
-    return path;
-}
-
 QString argumentValue(const QStringList &arguments, const QString &name, const QString &fallback)
 {
     for (const QString &argument : arguments) {
@@ -132,8 +118,8 @@ int main(int argc, char *argv[])
     qputenv("XDG_DATA_HOME", dir.filePath(QStringLiteral("data")).toLocal8Bit());
 
     const QString small =
-        writeFile(dir, QStringLiteral("small.plist"),
-                  makeBenchValue(BenchShape::Records, 1 << 20, false), ADPlistFormatXML);
+        writeBenchFile(dir.filePath(QStringLiteral("small.plist")),
+                       makeBenchValue(BenchShape::Records, 1 << 20, false), ADPlistFormatXML);
     const auto [smallOpen, smallLint] =
         medians({arbordeck, QStringLiteral("--exit-when-shown"), small}, {ardeck, "lint", small},
                 std::max(runs, 5));
@@ -154,8 +140,8 @@ int main(int argc, char *argv[])
             // Dates and data become strings where the format cannot hold them.
             const bool plainOnly = format == ADPlistFormatJSON || format == ADPlistFormatASCII;
             const QString path =
-                writeFile(dir, benchShapeName(shape) + u'.' + QString::fromUtf8(name),
-                          makeBenchValue(shape, megabytes << 20, plainOnly), format);
+                writeBenchFile(dir.filePath(benchShapeName(shape) + u'.' + QString::fromUtf8(name)),
+                               makeBenchValue(shape, megabytes << 20, plainOnly), format);
             const auto [open, lint] =
                 medians({arbordeck, QStringLiteral("--exit-when-shown"), path},
                         {ardeck, "lint", path}, runs);

@@ -21,18 +21,10 @@ namespace {
 
 QString writeInput(const QTemporaryDir &dir, BenchShape shape, qint64 bytes, ADPlistFormat format)
 {
-    const PlistValue value = makeBenchValue(shape, bytes, false);
-    const WriteResult written = PlistSerialization::write(value, format, false);
-    const QString path = dir.filePath(benchShapeName(shape) + (format == ADPlistFormatXML
-                                                                   ? QStringLiteral(".plist")
-                                                                   : QStringLiteral(".bplist")));
-    QFile file(path);
-    if (!written || !file.open(QIODevice::WriteOnly) ||
-        file.write(written.data) != written.data.size()) {
-        std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
-        std::exit(1);
-    }
-    return path;
+    const QString name =
+        benchShapeName(shape) +
+        (format == ADPlistFormatXML ? QStringLiteral(".plist") : QStringLiteral(".bplist"));
+    return writeBenchFile(dir.filePath(name), makeBenchValue(shape, bytes, false), format);
 }
 
 double secondsOf(const QString &program, const QStringList &arguments)

@@ -2,8 +2,13 @@
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "storage/PlistSerialization.h"
 
 #include <QByteArray>
+#include <QFile>
+
+#include <cstdio>
+#include <cstdlib>
 
 #include <random>
 
@@ -153,4 +158,16 @@ PlistValue makeBenchValue(BenchShape shape, qint64 targetBytes, bool jsonSafe)
     }
     }
     return {};
+}
+
+QString writeBenchFile(const QString &path, const PlistValue &value, ADPlistFormat format)
+{
+    const WriteResult written = PlistSerialization::write(value, format, false);
+    QFile file(path);
+    if (!written || !file.open(QIODevice::WriteOnly) ||
+        file.write(written.data) != written.data.size()) {
+        std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
+        std::exit(1);
+    }
+    return path;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "shared/ADTypes.h"
 #include "shared/PlistValue.h"
 
 #include <QString>
@@ -22,3 +23,6 @@ QString benchShapeName(BenchShape shape);
 /// A value of the shape whose XML form is about `targetBytes` long. With
 /// `jsonSafe`, dates and data become strings so that every format can hold it.
 PlistValue makeBenchValue(BenchShape shape, qint64 targetBytes, bool jsonSafe);
+
+/// Writes `value` in `format` to `path` and returns the path; a failure ends the benchmark.
+QString writeBenchFile(const QString &path, const PlistValue &value, ADPlistFormat format);
