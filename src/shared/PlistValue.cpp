@@ -724,7 +724,7 @@ SmallDataNode *SmallDataNode::create(QByteArrayView bytes)
         ::new (PlistNode::operator new(sizeof(SmallDataNode) + size_t(bytes.size()))) SmallDataNode;
     node->length = quint32(bytes.size());
     if (!bytes.isEmpty())
-        std::memcpy(node + 1, bytes.data(), size_t(bytes.size()));
+        std::memcpy(reinterpret_cast<char *>(node + 1), bytes.data(), size_t(bytes.size()));
     return node;
 }
 

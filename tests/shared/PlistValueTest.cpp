@@ -112,8 +112,9 @@ TEST(PlistValue, StoresDataExactlyAtEverySize)
         }
         EXPECT_TRUE(made.isIdenticalTo(copied));
         EXPECT_EQ(made.compare(PlistValue::data(original + '\0')), -1);
-        if (size > 0)
+        if (size > 0) {
             EXPECT_FALSE(made.isEqualToPlist(PlistValue::data(bytes)));
+        }
     }
 }
 
