@@ -326,6 +326,11 @@ bool Writer::number(const PlistValue &value, quint32 &index)
         return open(value, index);
     if (value.isNone())
         return fail(QStringLiteral("expected a value in every array and dictionary, found none"));
+    // The format's null marker is read by no other reader, so a file holding
+    // one could not be opened elsewhere.
+    if (value.kind() == PlistValue::Kind::Null)
+        return fail(QStringLiteral("null cannot be written as a binary property list: the format "
+                                   "has no null value (only JSON has)"));
     return leafIndex(value, index);
 }
 
