@@ -110,8 +110,8 @@ void registerShape(BenchShape shape, const SizeStep &size, Inputs &in)
         plist_from_xml(in.xml.constData(), uint32_t(in.xml.size()), &p);
         plist_free(p);
     });
-    // As opening a file does: the reader takes bytes of its own, which it may
-    // decode large data over. Copying them stands in, untimed, for reading the file.
+    // As opening a file does: the reader takes bytes of its own. Copying them
+    // stands in, untimed, for reading the file.
     registerLoop("read/xmltaken" + tail + "ours", in.xml.size(), [&in](benchmark::State &state) {
         for (auto _ : state) {
             state.PauseTiming();

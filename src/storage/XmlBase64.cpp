@@ -226,15 +226,6 @@ qsizetype decodeRun(const unsigned char *in, qsizetype i, qsizetype limit, char 
     return limit;
 }
 
-// Counts line ends as TextPosition does, one character at a time.
-void countLineEnd(const unsigned char *in, qsizetype i, qsizetype size, XmlBase64::LineEnds &lines)
-{
-    if (in[i] == '\n' || (in[i] == '\r' && (i + 1 == size || in[i + 1] != '\n'))) {
-        ++lines.count;
-        lines.lastLineStart = i + 1;
-    }
-}
-
 // Decodes `window` characters at a time, doubling it each step, so that
 // the output grows with what is found rather than with the whole text.
 bool decodeGrowing(QByteArrayView text, qsizetype window, QByteArray &out, qsizetype &end)
@@ -281,39 +272,6 @@ bool XmlBase64::decode(QByteArrayView text, QByteArray &out, qsizetype &errorAt)
 bool XmlBase64::decodePrefix(QByteArrayView text, QByteArray &out, qsizetype &end)
 {
     return decodeGrowing(text, kFirstWindow, out, end);
-}
-
-XmlBase64::InPlace XmlBase64::decodeInPlace(char *text, qsizetype size)
-{
-    const auto *in = reinterpret_cast<const unsigned char *>(text);
-    char *o = text;
-    DecodeState state;
-    InPlace run;
-    qsizetype i = 0;
-    for (; i < size; ++i) {
-        if (state.tail.count() == 0 && state.padding == 0) {
-            i = decodeGroups(in, i, size, o);
-            run.resume = i;
-            run.beforeResume = run.lineEnds;
-            if (i == size)
-                break;
-        }
-        const Taken taken = takeCharacter(in[i], state);
-        if (taken == Taken::Stop)
-            break;
-        if (taken == Taken::Space)
-            countLineEnd(in, i, size, run.lineEnds);
-        if (taken == Taken::Digit && state.tail.count() == 4) {
-            o = state.tail.flush(o);
-            run.resume = i + 1;
-            run.beforeResume = run.lineEnds;
-        }
-    }
-    run.end = i;
-    run.size = o - text;
-    run.whole = state.tail.count() != 1;
-    run.lastSize = state.tail.flush(run.last) - run.last;
-    return run;
 }
 
 qsizetype XmlBase64::encodedSize(qsizetype size, int lineLength, int indent)

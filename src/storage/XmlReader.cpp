@@ -1,6 +1,5 @@
 #include "XmlReader.h"
 
-#include "SharedSlice.h"
 #include "SizeThreshold.h"
 #include "StringCache.h"
 
@@ -323,15 +322,6 @@ struct Text
     bool raw = true; // `bytes` lies in the document, so offsets map back
 };
 
-/// Text that data was decoded over, with its line ends counted before they
-/// were overwritten; positions past it are worked out from these.
-struct Overwritten
-{
-    qint64 from;
-    qint64 to;
-    XmlBase64::LineEnds lineEnds; // lastLineStart counts from the start of the document
-};
-
 /// An open container. Only the fields of its element are used.
 struct Frame
 {
@@ -345,24 +335,18 @@ struct Frame
 
 /// One pass over one UTF-8 document: the prolog, the elements on an explicit
 /// stack of open containers, then the epilog. The first failure ends the pass
-/// and is kept with its position. Given the document's `owner`, a buffer no
-/// one else holds, large data is decoded in place and may share it.
+/// and is kept with its position.
 class Parser
 {
 public:
-    explicit Parser(QByteArrayView text, QByteArray *owner = nullptr)
-        : _text(text), _p(text.data()), _end(text.data() + text.size()), _owner(owner),
-          // Taken once, before data shares the owner: after that data() would copy it.
-          _writable(owner ? owner->data() + (text.data() - owner->constData()) : nullptr)
+    explicit Parser(QByteArrayView text)
+        : _text(text), _p(text.data()), _end(text.data() + text.size())
     {}
-
-    bool wroteOver() const { return !_overwritten.empty(); }
 
     ReadResult run()
     {
         if (!prolog() || !body() || !epilog())
             return ReadResult::failure(_error);
-        keepSharingIfWorthIt();
         return ReadResult::success(std::move(_root), ADPlistFormatXML);
     }
 
@@ -372,31 +356,12 @@ private:
     bool fail(const char *at, const QString &message)
     {
         const qint64 offset = at - _text.data();
-        const TextPosition position = positionOf(offset);
+        const TextPosition position = TextPosition::at(_text, offset);
         _error = {message, offset, position.line, position.column};
         return false;
     }
 
-    qint64 lineOf(const char *at) const { return positionOf(at - _text.data()).line; }
-
-    TextPosition positionOf(qint64 offset) const
-    {
-        TextPosition position;
-        qint64 counted = 0;
-        for (const Overwritten &text : _overwritten) {
-            if (text.from >= offset)
-                break;
-            position.advance(_text, counted, text.from);
-            const XmlBase64::LineEnds &ends = text.lineEnds;
-            position.line += ends.count;
-            // Base64 and white space are ASCII: a byte is a column.
-            position.column = ends.count > 0 ? text.to - ends.lastLineStart + 1
-                                             : position.column + (text.to - text.from);
-            counted = text.to;
-        }
-        position.advance(_text, counted, offset);
-        return position;
-    }
+    qint64 lineOf(const char *at) const { return TextPosition::at(_text, at - _text.data()).line; }
 
     bool startsWith(const char *p, QByteArrayView prefix) const
     {
@@ -964,8 +929,6 @@ private:
         unsigned high = 0;
         const char *stop = scanText(_p, limit, high);
         if (stop == limit && limit != _end) {
-            if (_owner)
-                return readLargeDataInPlace(tag, value);
             if (readLargeData(tag, value))
                 return true;
             stop = scanText(limit, _end, high);
@@ -989,63 +952,6 @@ private:
         bytes.squeeze(); // the last step of growth may have left room
         value = PlistValue::data(bytes);
         return true;
-    }
-
-    // Large data decoded over its own text, which no one else holds. Where
-    // that meets anything but plain Base64 and its end tag, the general way
-    // takes over from the first character not yet overwritten.
-    bool readLargeDataInPlace(const Tag &tag, PlistValue &value)
-    {
-        const char *contentAt = _p;
-        const qint64 from = _p - _text.data();
-        char *start = _writable + (_p - _text.data());
-        const XmlBase64::InPlace run = XmlBase64::decodeInPlace(start, _end - _p);
-        if (const char *after = run.whole ? pastExactEndTag(_p + run.end, tag) : nullptr) {
-            std::memcpy(start + run.size, run.last, size_t(run.lastSize));
-            overwritten(from, run.end, run.lineEnds);
-            _p = after;
-            value = sharedData(from, run.size + run.lastSize);
-            return true;
-        }
-        overwritten(from, run.resume, run.beforeResume);
-        _p += run.resume;
-        Text text;
-        QByteArray rest;
-        if (!readText(tag, text))
-            return false;
-        if (!text.raw)
-            text.at = contentAt;
-        if (!decodeText(text, rest))
-            return false;
-        value = PlistValue::data(QByteArray(start, run.size) + rest);
-        return true;
-    }
-
-    void overwritten(qint64 from, qsizetype size, XmlBase64::LineEnds lineEnds)
-    {
-        if (lineEnds.lastLineStart >= 0)
-            lineEnds.lastLineStart += from;
-        _overwritten.push_back({from, from + size, lineEnds});
-    }
-
-    PlistValue sharedData(qint64 from, qsizetype size)
-    {
-        const qint64 ownerFrom = from + (_text.data() - _owner->constData());
-        PlistValue value = PlistValue::data(sharedSlice(*_owner, ownerFrom, size));
-        _sharedBytes += size;
-        _sharing.push_back(value);
-        return value;
-    }
-
-    // Data shares the document's buffer when it makes up most of it, so that
-    // sharing never keeps much else alive; otherwise each value gets its own.
-    void keepSharingIfWorthIt()
-    {
-        if (!_sharing.empty() && _sharedBytes * 2 < _owner->size()) {
-            for (PlistValue &value : _sharing)
-                value.detachDataStorage();
-        }
-        _sharing.clear();
     }
 
     bool makeData(const Text &text, PlistValue &value)
@@ -1288,11 +1194,6 @@ private:
     QByteArrayView _text;
     const char *_p;
     const char *_end;
-    const QByteArray *_owner;              // null: the document is only read
-    char *_writable;                       // the document in the owner
-    std::vector<Overwritten> _overwritten; // in document order
-    std::vector<PlistValue> _sharing;      // data values that share the owner
-    qsizetype _sharedBytes = 0;
     std::vector<Frame> _stack;
     PlistValue _root;
     bool _done = false;
@@ -1321,13 +1222,12 @@ ReadResult readDeclared(QByteArrayView text, QByteArrayView name)
     if (decoder.hasError())
         return failure(text, 0,
                        QStringLiteral("the text is not valid %1").arg(QString::fromUtf8(name)));
-    QByteArray utf8 = decoded.toUtf8();
-    return Parser(utf8, &utf8).run();
+    return Parser(decoded.toUtf8()).run();
 }
 
-// `owner`, when given, holds `bytes` and may be written over; `wroteOver`
-// then tells whether it was.
-ReadResult readXml(QByteArrayView bytes, QByteArray *owner, bool *wroteOver)
+} // namespace
+
+ReadResult XmlReader::read(QByteArrayView bytes)
 {
     if (bytes.isEmpty())
         return ReadResult::failure({QStringLiteral("the input is empty")});
@@ -1341,7 +1241,7 @@ ReadResult readXml(QByteArrayView bytes, QByteArray *owner, bool *wroteOver)
                            QStringLiteral("the text is not valid %1")
                                .arg(wide ? QStringLiteral("UTF-32") : QStringLiteral("UTF-16")));
         }
-        return Parser(utf8, &utf8).run();
+        return Parser(utf8).run();
     }
     const QByteArrayView text = bytes.sliced(sniffed.markSize);
     const QByteArrayView declared = XmlEncoding::declared(text);
@@ -1352,14 +1252,8 @@ ReadResult readXml(QByteArrayView bytes, QByteArray *owner, bool *wroteOver)
         return failure(text, invalid,
                        QStringLiteral("invalid UTF-8: byte 0x%1 does not belong here")
                            .arg(quint8(text[invalid]), 2, 16, QLatin1Char('0')));
-    Parser parser(text, owner);
-    ReadResult result = parser.run();
-    if (wroteOver)
-        *wroteOver = parser.wroteOver();
-    return result;
+    return Parser(text).run();
 }
-
-} // namespace
 
 bool XmlReader::recognizes(QByteArrayView bytes)
 {
@@ -1384,17 +1278,4 @@ bool XmlReader::recognizes(QByteArrayView bytes)
         }
     }
     return false;
-}
-
-ReadResult XmlReader::read(QByteArrayView bytes)
-{
-    return readXml(bytes, nullptr, nullptr);
-}
-
-ReadResult XmlReader::read(QByteArray &&bytes, bool *wroteOver)
-{
-    if (wroteOver)
-        *wroteOver = false;
-    // Only bytes no one else holds may be written over.
-    return readXml(bytes, bytes.isDetached() ? &bytes : nullptr, wroteOver);
 }
