@@ -5,11 +5,11 @@
 #include "PlainTextScan.h"
 #include "StringCache.h"
 #include "TextPosition.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -65,15 +65,11 @@ bool isBlank(char c)
     return kClasses[uchar(c)] & kBlank;
 }
 
+// The value of a hexadecimal digit, or -1.
 int hexValue(char c)
 {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
+    const unsigned value = NumberText::digitValue(c);
+    return value < 16 ? int(value) : -1;
 }
 
 int base64Value(char c)
@@ -93,27 +89,18 @@ int base64Value(char c)
 
 std::optional<PlistValue> typedInteger(std::string_view text)
 {
-    const bool negative = !text.empty() && text.front() == '-';
-    if (!text.empty() && (negative || text.front() == '+'))
-        text.remove_prefix(1);
-    quint64 magnitude = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude);
-    if (text.empty() || error != std::errc() || end != text.data() + text.size())
+    NumberText::Integer integer;
+    if (NumberText::parseInteger(QByteArrayView(text.data(), qsizetype(text.size())),
+                                 NumberText::Decimal, integer) != NumberText::Status::Ok)
         return std::nullopt;
-    if (!negative)
-        return PlistValue(magnitude);
-    if (magnitude > quint64(1) << 63)
-        return std::nullopt;
-    return PlistValue(qint64(0 - magnitude));
+    return integer.negative ? PlistValue(integer.toSigned()) : PlistValue(integer.magnitude);
 }
 
 std::optional<PlistValue> typedReal(std::string_view text)
 {
-    if (!text.empty() && text.front() == '+')
-        text.remove_prefix(1);
     double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (text.empty() || error != std::errc() || end != text.data() + text.size())
+    if (NumberText::parseReal(QByteArrayView(text.data(), qsizetype(text.size())), value) !=
+        NumberText::Status::Ok)
         return std::nullopt;
     return PlistValue(value);
 }

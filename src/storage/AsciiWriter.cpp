@@ -1,11 +1,11 @@
 #include "AsciiWriter.h"
 
 #include "AsciiDate.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
 #include <array>
-#include <charconv>
 #include <string_view>
 #include <type_traits>
 #include <unordered_set>
@@ -143,12 +143,10 @@ void appendData(QByteArray &out, QByteArrayView data)
     out += '>';
 }
 
-// The shortest text that reads back as the same double.
-QByteArray realText(double value)
+template <typename Integer> QByteArray integerText(Integer value)
 {
-    char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, value);
-    return QByteArray(text, result.ptr - text);
+    char text[NumberText::kMaxIntegerLength];
+    return QByteArray(text, NumberText::formatInteger(value, text) - text);
 }
 
 class Writer
@@ -258,12 +256,14 @@ bool Writer::writeLeaf(const PlistValue &value)
         appendString(_out, value.stringView());
         return true;
     case PlistValue::Kind::Number:
-        if (value.isReal())
-            appendString(_out, QLatin1StringView(realText(value.toReal())));
-        else if (value.isUnsigned())
-            _out += QByteArray::number(value.toUnsigned());
-        else
-            _out += QByteArray::number(value.toInteger());
+        if (value.isReal()) {
+            char text[NumberText::kMaxRealLength];
+            const char *end = NumberText::formatReal(value.toReal(), text);
+            appendString(_out, QLatin1StringView(text, end));
+        } else {
+            _out += value.isUnsigned() ? integerText(value.toUnsigned())
+                                       : integerText(value.toInteger());
+        }
         return true;
     case PlistValue::Kind::Boolean:
         _out += value.toBool() ? '1' : '0';
@@ -281,7 +281,7 @@ bool Writer::writeLeaf(const PlistValue &value)
         return true;
     }
     case PlistValue::Kind::Uid:
-        _out += "{\"CF$UID\" = " + QByteArray::number(value.toUid()) + ";}";
+        _out += "{\"CF$UID\" = " + integerText(value.toUid()) + ";}";
         return true;
     case PlistValue::Kind::Null:
         fail(QStringLiteral("the old-style text form has no null value"));

@@ -2,6 +2,7 @@
 
 #include "SharedSlice.h"
 #include "shared/HugePageAllocator.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
@@ -427,8 +428,10 @@ bool Parser::readKey(quint64 refAt, PlistValue &fresh, const PlistValue *&key)
         return fail(refAt, QStringLiteral("expected a string as dictionary key, found object %1 "
                                           "of another kind")
                                .arg(object));
-    fresh = PlistValue(key->isUnsigned() ? QString::number(key->toUnsigned())
-                                         : QString::number(key->toInteger()));
+    char text[NumberText::kMaxIntegerLength];
+    const char *end = key->isUnsigned() ? NumberText::formatInteger(key->toUnsigned(), text)
+                                        : NumberText::formatInteger(key->toInteger(), text);
+    fresh = PlistValue::fromLatin1(text, end - text);
     key = &fresh;
     return true;
 }

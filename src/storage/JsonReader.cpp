@@ -4,12 +4,12 @@
 #include "PlainTextScan.h"
 #include "StringCache.h"
 #include "TextPosition.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
-#include <charconv>
+#include <cmath>
 #include <cstring>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,56 +24,6 @@ bool isDigit(char c)
 bool isWhite(char c)
 {
     return c == ' ' || c == '\n' || c == '\r' || c == '\t';
-}
-
-int hexValue(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
-// The power of ten of the first significant digit of a well-formed JSON
-// number (saturating), to tell an overflow from an underflow.
-qint64 decimalExponent(const char *p, const char *end)
-{
-    if (*p == '-')
-        ++p;
-    qint64 position = 0;
-    bool significant = false;
-    for (; p < end && isDigit(*p); ++p) {
-        if (significant)
-            ++position;
-        else
-            significant = *p != '0';
-    }
-    if (p < end && *p == '.') {
-        if (!significant)
-            position = -1;
-        for (++p; p < end && isDigit(*p); ++p) {
-            if (significant)
-                continue;
-            if (*p != '0')
-                significant = true;
-            else
-                --position;
-        }
-    }
-    qint64 exponent = 0;
-    if (p < end && (*p == 'e' || *p == 'E')) {
-        ++p;
-        const bool negative = p < end && *p == '-';
-        if (p < end && (*p == '-' || *p == '+'))
-            ++p;
-        for (; p < end && isDigit(*p); ++p)
-            exponent = qMin<qint64>(exponent * 10 + (*p - '0'), qint64(1) << 40);
-        exponent = negative ? -exponent : exponent;
-    }
-    return position + exponent;
 }
 
 /// One pass over checked UTF-8 text; nesting on `_stack`. The elements of
@@ -303,11 +253,7 @@ Parser::Step Parser::readNumber(PlistValue &out)
         if (++_p < _end && isDigit(*_p))
             return fail(start, QStringLiteral("a number must not start with 0 followed by digits"));
     }
-    for (; _p < _end && isDigit(*_p); ++_p) {
-        const unsigned digit = unsigned(*_p - '0');
-        tooLong = tooLong || magnitude > (std::numeric_limits<quint64>::max() - digit) / 10;
-        magnitude = magnitude * 10 + digit;
-    }
+    _p = NumberText::accumulateDigits(_p, _end, 10, magnitude, tooLong);
     bool real = false;
     if (_p < _end && *_p == '.') {
         if (++_p == _end || !isDigit(*_p))
@@ -326,7 +272,7 @@ Parser::Step Parser::readNumber(PlistValue &out)
             ++_p;
         real = true;
     }
-    if (real || tooLong || (negative && magnitude > quint64(1) << 63))
+    if (real || tooLong || (negative && magnitude > NumberText::kMinSignedMagnitude))
         return readReal(start, out);
     out = negative ? PlistValue(qint64(0 - magnitude)) : PlistValue(magnitude);
     return Step::Value;
@@ -335,13 +281,10 @@ Parser::Step Parser::readNumber(PlistValue &out)
 Parser::Step Parser::readReal(const char *start, PlistValue &out)
 {
     double value = 0;
-    const auto result = std::from_chars(start, _p, value);
-    if (result.ec == std::errc::result_out_of_range) {
-        if (decimalExponent(start, _p) >= 0)
-            return fail(start, QStringLiteral("the number is too large for a double"));
-        value = *start == '-' ? -0.0 : 0.0;
-    }
-    out = PlistValue(value);
+    const NumberText::Status status = NumberText::parseReal(QByteArrayView(start, _p), value);
+    if (status == NumberText::Status::OutOfRange && std::isinf(value))
+        return fail(start, QStringLiteral("the number is too large for a double"));
+    out = PlistValue(value); // one too small is the zero it rounds to
     return Step::Value;
 }
 
@@ -407,8 +350,8 @@ bool Parser::readEscape()
     }
     char16_t unit = 0;
     for (int i = 0; i < 4; ++i, ++_p) {
-        const int digit = _p < _end ? hexValue(*_p) : -1;
-        if (digit < 0) {
+        const unsigned digit = _p < _end ? NumberText::digitValue(*_p) : 16;
+        if (digit >= 16) {
             fail(_p, QStringLiteral("expected four hexadecimal digits after '\\u', found %1")
                          .arg(found()));
             return false;

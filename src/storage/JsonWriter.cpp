@@ -1,10 +1,9 @@
 #include "JsonWriter.h"
 
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <type_traits>
 #include <unordered_set>
@@ -234,12 +233,15 @@ bool Writer::writeLeaf(const PlistValue &value)
     case PlistValue::Kind::String:
         appendString(_out, value.stringView());
         return true;
-    case PlistValue::Kind::Number:
+    case PlistValue::Kind::Number: {
         if (value.isReal())
             return writeReal(value.toReal());
-        _out += value.isUnsigned() ? QByteArray::number(value.toUnsigned())
-                                   : QByteArray::number(value.toInteger());
+        char text[NumberText::kMaxIntegerLength];
+        const char *end = value.isUnsigned() ? NumberText::formatInteger(value.toUnsigned(), text)
+                                             : NumberText::formatInteger(value.toInteger(), text);
+        _out.append(text, end - text);
         return true;
+    }
     case PlistValue::Kind::Boolean:
         _out += value.toBool() ? "true" : "false";
         return true;
@@ -262,11 +264,11 @@ bool Writer::writeReal(double value)
     if (!std::isfinite(value))
         return fail(
             QStringLiteral("JSON has no NaN or infinity: cannot write the real %1").arg(value));
-    char text[32];
-    char *end = std::to_chars(text, text + sizeof text, value).ptr;
-    _out.append(text, end - text);
+    char text[NumberText::kMaxRealLength];
+    const QByteArrayView written(text, NumberText::formatReal(value, text));
+    _out += written;
     // Without a point or an exponent it would read back as an integer.
-    if (std::find_if(text, end, [](char c) { return c == '.' || c == 'e'; }) == end)
+    if (!written.contains('.') && !written.contains('e'))
         _out += ".0";
     return true;
 }

@@ -7,6 +7,7 @@
 #include "XmlBase64.h"
 #include "XmlDate.h"
 #include "XmlEncoding.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
@@ -14,12 +15,8 @@
 #include <QStringDecoder>
 
 #include <array>
-#include <charconv>
-#include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <locale.h>
 #include <string>
 #include <vector>
 
@@ -220,87 +217,6 @@ void appendUtf8(std::string &out, char32_t c)
         out += char(0x80 | ((c >> 6) & 0x3F));
         out += char(0x80 | (c & 0x3F));
     }
-}
-
-enum class IntegerText
-{
-    Ok,
-    Malformed,
-    OutOfRange,
-};
-
-// Decimal or 0x hexadecimal, with a sign; white space may lead and follow the
-// sign, as the platform's reader allows.
-IntegerText parseInteger(QByteArrayView text, PlistValue &value)
-{
-    const char *p = text.data();
-    const char *const end = p + text.size();
-    while (p < end && isSpace(*p))
-        ++p;
-    const bool negative = p < end && *p == '-';
-    if (p < end && (*p == '-' || *p == '+'))
-        ++p;
-    while (p < end && isSpace(*p))
-        ++p;
-    const bool hex = end - p >= 2 && p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
-    if (hex)
-        p += 2;
-    if (p == end)
-        return IntegerText::Malformed;
-    quint64 magnitude = 0;
-    bool overflow = false;
-    for (; p < end; ++p) {
-        const char c = *p;
-        unsigned digit;
-        if (c >= '0' && c <= '9')
-            digit = unsigned(c - '0');
-        else if (hex && (c | 0x20) >= 'a' && (c | 0x20) <= 'f')
-            digit = unsigned((c | 0x20) - 'a' + 10);
-        else
-            return IntegerText::Malformed;
-        const unsigned base = hex ? 16 : 10;
-        if (magnitude > (std::numeric_limits<quint64>::max() - digit) / base)
-            overflow = true;
-        magnitude = magnitude * base + digit;
-    }
-    constexpr quint64 kMinMagnitude = quint64(1) << 63;
-    if (overflow || (negative && magnitude > kMinMagnitude))
-        return IntegerText::OutOfRange;
-    if (negative)
-        value = PlistValue(magnitude == kMinMagnitude ? std::numeric_limits<qint64>::min()
-                                                      : -qint64(magnitude));
-    else
-        value = PlistValue(magnitude);
-    return IntegerText::Ok;
-}
-
-// A decimal real, "inf", "infinity" or "nan" in any case, after optional white
-// space; nothing may follow. Every NaN reads as the one quiet NaN.
-bool parseReal(QByteArrayView text, double &value)
-{
-    const char *p = text.data();
-    const char *const end = p + text.size();
-    while (p < end && isSpace(*p))
-        ++p;
-    if (p < end && *p == '+') {
-        ++p;
-        if (p < end && (*p == '-' || *p == '+'))
-            return false;
-    }
-    const auto [stop, error] = std::from_chars(p, end, value);
-    if (stop != end || p == end)
-        return false;
-    if (error == std::errc::result_out_of_range) {
-        // Overflow or underflow: the C library's conversion saturates as wanted.
-        static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
-        const std::string copy(p, end);
-        value = strtod_l(copy.c_str(), nullptr, cLocale);
-    } else if (error != std::errc()) {
-        return false;
-    }
-    if (std::isnan(value))
-        value = std::numeric_limits<double>::quiet_NaN();
-    return true;
 }
 
 /// A start tag as read: where it began, its name, and whether it was empty (`<x/>`).
@@ -722,20 +638,15 @@ private:
             return fail(at, QStringLiteral("unknown entity &%1;").arg(QString::fromUtf8(name)));
         const bool hex = name.size() > 1 && name[1] == 'x';
         const QByteArrayView digits = name.sliced(hex ? 2 : 1);
-        char32_t c = 0;
-        bool ok = !digits.isEmpty();
-        for (const char d : digits) {
-            const int lower = d | 0x20;
-            const int v = d >= '0' && d <= '9'                  ? d - '0'
-                          : hex && lower >= 'a' && lower <= 'f' ? lower - 'a' + 10
-                                                                : -1;
-            ok = ok && v >= 0;
-            c = ok ? c * (hex ? 16 : 10) + char32_t(v) : 0;
-            ok = ok && c <= 0x10FFFF;
-        }
-        if (!ok || c == 0 || (c >= 0xD800 && c <= 0xDFFF))
+        quint64 c = 0;
+        bool overflow = false;
+        const char *digitsEnd = digits.data() + digits.size();
+        const bool whole = !digits.isEmpty() &&
+                           NumberText::accumulateDigits(digits.data(), digitsEnd, hex ? 16 : 10, c,
+                                                        overflow) == digitsEnd;
+        if (!whole || overflow || c == 0 || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF))
             return fail(at, QStringLiteral("&%1; is not a character").arg(QString::fromUtf8(name)));
-        appendUtf8(_scratch, c);
+        appendUtf8(_scratch, char32_t(c));
         text.ascii = text.ascii && c < 0x80;
         return true;
     }
@@ -862,34 +773,50 @@ private:
         return u'"' + QString::fromUtf8(shown) + u'"';
     }
 
+    // Decimal or 0x hexadecimal, with a sign; white space may lead and follow
+    // the sign, as the platform's reader allows.
+    bool makeInteger(const Text &text, PlistValue &value)
+    {
+        NumberText::Integer integer;
+        const int forms = NumberText::Hexadecimal | NumberText::SpaceAroundSign;
+        switch (NumberText::parseInteger(text.bytes, forms, integer)) {
+        case NumberText::Status::Ok:
+            value =
+                integer.negative ? PlistValue(integer.toSigned()) : PlistValue(integer.magnitude);
+            return true;
+        case NumberText::Status::OutOfRange:
+            return fail(text.at,
+                        QStringLiteral("integer %1 is out of the 64-bit range").arg(quoted(text)));
+        case NumberText::Status::Malformed:
+            break;
+        }
+        return fail(text.at,
+                    QStringLiteral("expected an integer in <integer>, found %1").arg(quoted(text)));
+    }
+
+    // White space may lead, not follow; a real too large or too small for a
+    // double becomes the infinity or zero it rounds to.
+    bool makeReal(const Text &text, PlistValue &value)
+    {
+        const char *first = spaceEnd(text.bytes.data(), text.bytes.data() + text.bytes.size());
+        double d = 0;
+        const QByteArrayView number(first, text.bytes.data() + text.bytes.size());
+        if (NumberText::parseReal(number, d) == NumberText::Status::Malformed)
+            return fail(text.at,
+                        QStringLiteral("expected a number in <real>, found %1").arg(quoted(text)));
+        value = PlistValue(d);
+        return true;
+    }
+
     bool makeLeaf(const Tag &tag, const Text &text, PlistValue &value)
     {
         switch (tag.element) {
         case Element::String:
             return makeString(text, value);
         case Element::Integer:
-            switch (parseInteger(text.bytes, value)) {
-            case IntegerText::Ok:
-                return true;
-            case IntegerText::OutOfRange:
-                return fail(
-                    text.at,
-                    QStringLiteral("integer %1 is out of the 64-bit range").arg(quoted(text)));
-            case IntegerText::Malformed:
-                break;
-            }
-            return fail(
-                text.at,
-                QStringLiteral("expected an integer in <integer>, found %1").arg(quoted(text)));
-        case Element::Real: {
-            double d = 0;
-            if (!parseReal(text.bytes, d))
-                return fail(
-                    text.at,
-                    QStringLiteral("expected a number in <real>, found %1").arg(quoted(text)));
-            value = PlistValue(d);
-            return true;
-        }
+            return makeInteger(text, value);
+        case Element::Real:
+            return makeReal(text, value);
         case Element::True:
         case Element::False:
             for (const char c : text.bytes) {

@@ -3,11 +3,11 @@
 #include "XmlBase64.h"
 #include "XmlDate.h"
 #include "shared/HugePageAllocator.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <vector>
@@ -346,11 +346,11 @@ private:
 
     void number(const PlistValue &v, int indent)
     {
-        char buffer[40];
+        char buffer[NumberText::kMaxRealLength];
         if (!v.isReal()) {
-            const auto r = v.isUnsigned() ? std::to_chars(buffer, buffer + 40, v.toUnsigned())
-                                          : std::to_chars(buffer, buffer + 40, v.toInteger());
-            line("<integer>", QByteArrayView(buffer, r.ptr - buffer), "</integer>\n", indent);
+            const char *end = v.isUnsigned() ? NumberText::formatInteger(v.toUnsigned(), buffer)
+                                             : NumberText::formatInteger(v.toInteger(), buffer);
+            line("<integer>", QByteArrayView(buffer, end), "</integer>\n", indent);
             return;
         }
         const double d = v.toReal();
@@ -359,8 +359,8 @@ private:
         } else if (std::isinf(d)) {
             line("<real>", d < 0 ? "-infinity" : "+infinity", "</real>\n", indent);
         } else {
-            const auto r = std::to_chars(buffer, buffer + 40, d); // shortest that reads back
-            line("<real>", QByteArrayView(buffer, r.ptr - buffer), "</real>\n", indent);
+            const char *end = NumberText::formatReal(d, buffer);
+            line("<real>", QByteArrayView(buffer, end), "</real>\n", indent);
         }
     }
 
@@ -389,11 +389,11 @@ private:
 
     void uid(quint64 id, int indent)
     {
-        char buffer[24];
-        const auto r = std::to_chars(buffer, buffer + 24, id);
+        char buffer[NumberText::kMaxIntegerLength];
+        const char *end = NumberText::formatInteger(id, buffer);
         tagLine("<dict>\n", indent);
         line("<key>", "CF$UID", "</key>\n", indent + 1);
-        line("<integer>", QByteArrayView(buffer, r.ptr - buffer), "</integer>\n", indent + 1);
+        line("<integer>", QByteArrayView(buffer, end), "</integer>\n", indent + 1);
         tagLine("</dict>\n", indent);
     }
 
