@@ -5,6 +5,7 @@
 #include "PlainTextScan.h"
 #include "StringCache.h"
 #include "TextPosition.h"
+#include "UnicodeText.h"
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -54,9 +55,9 @@ bool isUnquotedAt(const char *p, const char *end)
 {
     if (uchar(*p) < 0x80)
         return isUnquoted(*p);
-    if (JsonEncoding::sequenceLength(p, end) == 0)
+    if (UnicodeText::sequenceLength(p, end) == 0)
         return false;
-    const char32_t c = JsonEncoding::next(p);
+    const char32_t c = UnicodeText::decode(p);
     return QChar::isLetterOrNumber(c) || QChar::isMark(c);
 }
 
@@ -409,7 +410,7 @@ bool Parser::skipBlanks()
 // Text no rule looks into (comments, what base64 skips) is checked here.
 bool Parser::checkText(const char *from, const char *to)
 {
-    if (JsonEncoding::isValid(from, to))
+    if (UnicodeText::firstFlaw(QByteArrayView(from, to), UnicodeText::Nul::Refused) < 0)
         return true;
     fail(from, QStringLiteral("the text is not valid UTF-8"));
     return false;
@@ -437,14 +438,14 @@ Parser::Step Parser::readUnquoted(PlistValue &out)
         if (_p == _end || uchar(*_p) < 0x80 || !isUnquotedAt(_p, _end))
             break;
         ascii = false;
-        JsonEncoding::next(_p);
+        UnicodeText::decode(_p);
     }
     if (ascii) {
         out = _strings.ascii(start, _p - start);
         return Step::Value;
     }
     _buffer.clear();
-    JsonEncoding::appendUtf16(_buffer, start, _p);
+    UnicodeText::appendUtf16(_buffer, start, _p);
     out = PlistValue::fromUtf16(_buffer.data(), qsizetype(_buffer.size()));
     return Step::Value;
 }
@@ -495,11 +496,11 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
 // One character beyond ASCII, checked, into `_buffer`.
 bool Parser::readCharacter()
 {
-    if (*_p == 0 || JsonEncoding::sequenceLength(_p, _end) == 0) {
+    if (*_p == 0 || UnicodeText::sequenceLength(_p, _end) == 0) {
         fail(_p, QStringLiteral("the text is not valid UTF-8"));
         return false;
     }
-    JsonEncoding::appendUtf16(_buffer, JsonEncoding::next(_p));
+    UnicodeText::appendUtf16(_buffer, UnicodeText::decode(_p));
     return true;
 }
 
@@ -707,9 +708,9 @@ QString Parser::describe(const char *p) const
     const auto c = uchar(*p);
     if (c >= 0x20 && c < 0x7F)
         return QStringLiteral("'%1'").arg(QChar(c));
-    if (c < 0x80 || JsonEncoding::sequenceLength(p, _end) == 0)
+    if (c < 0x80 || UnicodeText::sequenceLength(p, _end) == 0)
         return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
-    const char32_t code = JsonEncoding::next(p);
+    const char32_t code = UnicodeText::decode(p);
     return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
 }
 

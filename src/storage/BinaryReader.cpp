@@ -1,12 +1,12 @@
 #include "BinaryReader.h"
 
 #include "SharedSlice.h"
+#include "UnicodeText.h"
 #include "shared/HugePageAllocator.h"
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
-#include <QStringDecoder>
 #include <QtEndian>
 
 #include <bit>
@@ -116,16 +116,6 @@ bool isAscii(const uchar *p, quint64 n)
 PlistValue take(const PlistValue *value, PlistValue &fresh)
 {
     return value == &fresh ? std::move(fresh) : value->unpublishedCopy();
-}
-
-bool isHighSurrogate(char16_t unit)
-{
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
-bool isLowSurrogate(char16_t unit)
-{
-    return unit >= 0xDC00 && unit < 0xE000;
 }
 
 // One read of one file: the trailer's facts, the leaves read so far and the
@@ -671,14 +661,14 @@ bool Parser::readAscii(quint64 offset, PlistValue &out)
         out = PlistValue::fromLatin1(p, qsizetype(length));
         return true;
     }
-    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless |
-                                                       QStringConverter::Flag::ConvertInitialBom);
-    const QString text = decoder.decode(QByteArrayView(p, qsizetype(length)));
-    if (decoder.hasError())
+    if (UnicodeText::firstFlaw(QByteArrayView(p, qsizetype(length)), UnicodeText::Nul::Allowed) >=
+        0)
         return fail(offset, QStringLiteral("expected ASCII or UTF-8 text in a string (%1 bytes), "
                                            "found other bytes")
                                 .arg(length));
-    out = PlistValue(text);
+    _units.resize(length); // UTF-8 never takes fewer bytes than UTF-16 takes units
+    const char16_t *end = UnicodeText::toUtf16(p, p + length, _units.data());
+    out = PlistValue::fromUtf16(_units.data(), end - _units.data());
     return true;
 }
 
@@ -694,15 +684,13 @@ bool Parser::readUtf16(quint64 offset, PlistValue &out)
     const uchar *p = _data + start;
     for (quint64 i = 0; i < length; ++i)
         _units[i] = char16_t((p[2 * i] << 8) | p[2 * i + 1]);
-    for (quint64 i = 0; i < length; ++i) {
-        const char16_t unit = _units[i];
-        if (isHighSurrogate(unit) && i + 1 < length && isLowSurrogate(_units[i + 1])) {
-            ++i;
-            continue;
-        }
-        if (isHighSurrogate(unit) || isLowSurrogate(unit))
-            return fail(start + 2 * i, QStringLiteral("unpaired UTF-16 surrogate 0x%1")
-                                           .arg(uint(unit), 4, 16, QLatin1Char('0')));
+    const char16_t *const end = _units.data() + length;
+    for (const char16_t *q = _units.data(); q < end;) {
+        const char16_t *at = q;
+        if (UnicodeText::isSurrogate(UnicodeText::next(q, end)))
+            return fail(start + 2 * quint64(at - _units.data()),
+                        QStringLiteral("unpaired UTF-16 surrogate 0x%1")
+                            .arg(uint(*at), 4, 16, QLatin1Char('0')));
     }
     out = PlistValue::fromUtf16(_units.data(), qsizetype(length));
     return true;

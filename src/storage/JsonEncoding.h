@@ -6,8 +6,6 @@
 #include <QByteArrayView>
 #include <QString>
 
-#include <string>
-
 /// Turns the bytes of a text file into checked UTF-8 for the text readers.
 ///
 /// The encoding is found as JSON defines it: a byte-order mark (UTF-8,
@@ -17,13 +15,11 @@
 /// files are often UTF-16 and sometimes lack the mark.
 ///
 /// UTF-8 input is used in place and not checked here: a reader checks the
-/// bytes its grammar lets through unseen (strings, comments) with `isValid`
-/// as it goes; when a parse fails, `parseError` reports an ill-formed byte
-/// first, as if the whole text had been checked before reading. Valid UTF-8 means
-/// shortest forms only, no surrogates, no code point above U+10FFFF. UTF-16
-/// and UTF-32 are transcoded. A NUL character is refused in every encoding:
-/// no text format here allows one outside an escape. Stateless; safe on any
-/// thread.
+/// bytes its grammar lets through unseen (strings, comments) as it goes; when a parse fails,
+/// `parseError` reports an ill-formed byte first, as if the whole text had been checked before
+/// reading. Valid UTF-8 means shortest forms only, no surrogates, no code point above U+10FFFF.
+/// UTF-16 and UTF-32 are transcoded. A NUL character is refused in every encoding: no text format
+/// here allows one outside an escape. Stateless; safe on any thread.
 class JsonEncoding
 {
 public:
@@ -46,15 +42,4 @@ public:
 
     /// `bytes` must outlive the result when it is UTF-8, which is not copied.
     static Utf8Text decode(QByteArrayView bytes);
-
-    /// The length of the well-formed UTF-8 sequence at `p` (before `end`), or 0.
-    static int sequenceLength(const char *p, const char *end);
-    /// Whether `from` to `to` is well-formed UTF-8 without a NUL.
-    static bool isValid(const char *from, const char *to);
-    /// The code point at `p`, which starts a well-formed sequence; moves `p` past it.
-    static char32_t next(const char *&p);
-    /// Appends the code point `c` as UTF-16 units.
-    static void appendUtf16(std::u16string &units, char32_t c);
-    /// Appends the well-formed text from `from` to `to` as UTF-16 units.
-    static void appendUtf16(std::u16string &units, const char *from, const char *to);
 };

@@ -4,6 +4,7 @@
 #include "PlainTextScan.h"
 #include "StringCache.h"
 #include "TextPosition.h"
+#include "UnicodeText.h"
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -318,9 +319,9 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
             return Step::Value;
         }
         if (c >= 0x80) {
-            if (JsonEncoding::sequenceLength(_p, _end) == 0)
+            if (UnicodeText::sequenceLength(_p, _end) == 0)
                 return fail(_p, QStringLiteral("the text is not valid UTF-8"));
-            JsonEncoding::appendUtf16(_buffer, JsonEncoding::next(_p));
+            UnicodeText::appendUtf16(_buffer, UnicodeText::decode(_p));
         } else if (c != '\\') {
             return fail(_p, QStringLiteral("control character 0x%1 in a string: it must be escaped")
                                 .arg(uint(c), 2, 16, QLatin1Char('0')));
@@ -377,9 +378,9 @@ QString Parser::describe(const char *p) const
     const auto c = uchar(*p);
     if (c >= 0x20 && c < 0x7F)
         return QStringLiteral("'%1'").arg(QChar(c));
-    if (c < 0x80 || JsonEncoding::sequenceLength(p, _end) == 0)
+    if (c < 0x80 || UnicodeText::sequenceLength(p, _end) == 0)
         return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
-    const char32_t code = JsonEncoding::next(p);
+    const char32_t code = UnicodeText::decode(p);
     return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
 }
 

@@ -1,5 +1,6 @@
 #include "JsonWriter.h"
 
+#include "UnicodeText.h"
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -17,7 +18,7 @@ constexpr int kIndentWidth = 2;
 constexpr qsizetype kDeepestIndent = 32;
 constexpr char kHexDigits[] = "0123456789abcdef";
 
-bool isPlain(char16_t c)
+bool isPlain(char32_t c)
 {
     return c >= 0x20 && c < 0x80 && c != '"' && c != '\\';
 }
@@ -63,22 +64,6 @@ void appendAsciiEscape(QByteArray &out, char16_t c)
     }
 }
 
-void appendUtf8(QByteArray &out, char32_t c)
-{
-    if (c < 0x800) {
-        const char units[] = {char(0xC0 | (c >> 6)), char(0x80 | (c & 0x3F))};
-        out.append(units, 2);
-    } else if (c < 0x10000) {
-        const char units[] = {char(0xE0 | (c >> 12)), char(0x80 | ((c >> 6) & 0x3F)),
-                              char(0x80 | (c & 0x3F))};
-        out.append(units, 3);
-    } else {
-        const char units[] = {char(0xF0 | (c >> 18)), char(0x80 | ((c >> 12) & 0x3F)),
-                              char(0x80 | ((c >> 6) & 0x3F)), char(0x80 | (c & 0x3F))};
-        out.append(units, 4);
-    }
-}
-
 void appendString(QByteArray &out, const uchar *latin1, qsizetype size)
 {
     out += '"';
@@ -91,7 +76,7 @@ void appendString(QByteArray &out, const uchar *latin1, qsizetype size)
         if (latin1[i] < 0x80)
             appendAsciiEscape(out, latin1[i]);
         else
-            appendUtf8(out, latin1[i]);
+            UnicodeText::append(out, latin1[i]);
     }
     out.append(reinterpret_cast<const char *>(latin1 + run), size - run);
     out += '"';
@@ -100,21 +85,17 @@ void appendString(QByteArray &out, const uchar *latin1, qsizetype size)
 void appendString(QByteArray &out, const char16_t *units, qsizetype size)
 {
     out += '"';
-    for (qsizetype i = 0; i < size; ++i) {
-        const char16_t c = units[i];
-        if (isPlain(c)) {
+    const char16_t *const end = units + size;
+    while (units < end) {
+        const char32_t c = UnicodeText::next(units, end);
+        if (isPlain(c))
             out += char(c);
-        } else if (c < 0x80) {
-            appendAsciiEscape(out, c);
-        } else if (c < 0xD800 || c > 0xDFFF) {
-            appendUtf8(out, c);
-        } else if (c <= 0xDBFF && i + 1 < size && units[i + 1] >= 0xDC00 &&
-                   units[i + 1] <= 0xDFFF) {
-            appendUtf8(out, 0x10000 + ((char32_t(c) - 0xD800) << 10) + (units[i + 1] - 0xDC00));
-            ++i;
-        } else {
-            appendUnicodeEscape(out, c); // a lone surrogate has no UTF-8
-        }
+        else if (c < 0x80)
+            appendAsciiEscape(out, char16_t(c));
+        else if (UnicodeText::isSurrogate(c))
+            appendUnicodeEscape(out, char16_t(c)); // a lone surrogate has no UTF-8
+        else
+            UnicodeText::append(out, c);
     }
     out += '"';
 }

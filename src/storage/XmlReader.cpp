@@ -4,6 +4,7 @@
 #include "StringCache.h"
 
 #include "TextPosition.h"
+#include "UnicodeText.h"
 #include "XmlBase64.h"
 #include "XmlDate.h"
 #include "XmlEncoding.h"
@@ -173,50 +174,6 @@ const char *scanText(const char *p, const char *end, unsigned &high)
         high |= static_cast<unsigned char>(*p);
     }
     return end;
-}
-
-// Decodes well-formed UTF-8 (the reader checked it) into UTF-16 units.
-char16_t *utf8ToUtf16(const unsigned char *p, const unsigned char *end, char16_t *out)
-{
-    while (p < end) {
-        const unsigned b = *p;
-        if (b < 0x80) {
-            *out++ = char16_t(b);
-            ++p;
-        } else if (b < 0xE0) {
-            *out++ = char16_t(((b & 0x1F) << 6) | (p[1] & 0x3F));
-            p += 2;
-        } else if (b < 0xF0) {
-            *out++ = char16_t(((b & 0x0F) << 12) | ((p[1] & 0x3F) << 6) | (p[2] & 0x3F));
-            p += 3;
-        } else {
-            const unsigned c =
-                ((b & 0x07) << 18) | ((p[1] & 0x3F) << 12) | ((p[2] & 0x3F) << 6) | (p[3] & 0x3F);
-            *out++ = char16_t(0xD800 + ((c - 0x10000) >> 10));
-            *out++ = char16_t(0xDC00 + ((c - 0x10000) & 0x3FF));
-            p += 4;
-        }
-    }
-    return out;
-}
-
-void appendUtf8(std::string &out, char32_t c)
-{
-    if (c < 0x80) {
-        out += char(c);
-    } else if (c < 0x800) {
-        out += char(0xC0 | (c >> 6));
-        out += char(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += char(0xE0 | (c >> 12));
-        out += char(0x80 | ((c >> 6) & 0x3F));
-        out += char(0x80 | (c & 0x3F));
-    } else {
-        out += char(0xF0 | (c >> 18));
-        out += char(0x80 | ((c >> 12) & 0x3F));
-        out += char(0x80 | ((c >> 6) & 0x3F));
-        out += char(0x80 | (c & 0x3F));
-    }
 }
 
 /// A start tag as read: where it began, its name, and whether it was empty (`<x/>`).
@@ -646,7 +603,7 @@ private:
                                                         overflow) == digitsEnd;
         if (!whole || overflow || c == 0 || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF))
             return fail(at, QStringLiteral("&%1; is not a character").arg(QString::fromUtf8(name)));
-        appendUtf8(_scratch, char32_t(c));
+        UnicodeText::append(_scratch, char32_t(c));
         text.ascii = text.ascii && c < 0x80;
         return true;
     }
@@ -761,8 +718,8 @@ private:
             return true;
         }
         _wide.resize(size_t(text.bytes.size()));
-        const auto *p = reinterpret_cast<const unsigned char *>(text.bytes.data());
-        const char16_t *end = utf8ToUtf16(p, p + text.bytes.size(), _wide.data());
+        const char *p = text.bytes.data();
+        const char16_t *end = UnicodeText::toUtf16(p, p + text.bytes.size(), _wide.data());
         value = PlistValue::fromUtf16(_wide.data(), end - _wide.data());
         return true;
     }
@@ -1159,22 +1116,22 @@ ReadResult XmlReader::read(QByteArrayView bytes)
     if (bytes.isEmpty())
         return ReadResult::failure({QStringLiteral("the input is empty")});
     const XmlEncoding::Sniffed sniffed = XmlEncoding::sniff(bytes);
-    if (sniffed.form != XmlEncoding::Form::Utf8) {
-        QByteArray utf8;
-        if (!XmlEncoding::toUtf8(bytes, sniffed, utf8)) {
-            const bool wide = sniffed.form == XmlEncoding::Form::Utf32LE ||
-                              sniffed.form == XmlEncoding::Form::Utf32BE;
-            return failure(utf8, utf8.size(),
+    if (sniffed.form != UnicodeText::Form::Utf8) {
+        const UnicodeText::Transcoded transcoded = UnicodeText::toUtf8(
+            bytes.sliced(sniffed.markSize), sniffed.form, UnicodeText::Nul::Allowed);
+        if (transcoded.flaw != UnicodeText::Flaw::None) {
+            const bool wide = UnicodeText::unitSize(sniffed.form) == 4;
+            return failure(transcoded.utf8, transcoded.utf8.size(),
                            QStringLiteral("the text is not valid %1")
                                .arg(wide ? QStringLiteral("UTF-32") : QStringLiteral("UTF-16")));
         }
-        return Parser(utf8).run();
+        return Parser(transcoded.utf8).run();
     }
     const QByteArrayView text = bytes.sliced(sniffed.markSize);
     const QByteArrayView declared = XmlEncoding::declared(text);
     if (sniffed.markSize == 0 && !declared.isEmpty() && !XmlEncoding::readsAsUtf8(declared))
         return readDeclared(text, declared);
-    const qsizetype invalid = XmlEncoding::invalidUtf8At(text);
+    const qsizetype invalid = UnicodeText::firstFlaw(text, UnicodeText::Nul::Allowed);
     if (invalid >= 0)
         return failure(text, invalid,
                        QStringLiteral("invalid UTF-8: byte 0x%1 does not belong here")

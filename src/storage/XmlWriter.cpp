@@ -1,5 +1,6 @@
 #include "XmlWriter.h"
 
+#include "UnicodeText.h"
 #include "XmlBase64.h"
 #include "XmlDate.h"
 #include "shared/HugePageAllocator.h"
@@ -122,24 +123,8 @@ char *escapedUnit(char32_t c, char *out)
         std::memcpy(out, "&quot;", 6);
         return out + 6;
     default:
-        break;
+        return UnicodeText::encode(c, out);
     }
-    if (c < 0x80) {
-        *out++ = char(c);
-    } else if (c < 0x800) {
-        *out++ = char(0xC0 | (c >> 6));
-        *out++ = char(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        *out++ = char(0xE0 | (c >> 12));
-        *out++ = char(0x80 | ((c >> 6) & 0x3F));
-        *out++ = char(0x80 | (c & 0x3F));
-    } else {
-        *out++ = char(0xF0 | (c >> 18));
-        *out++ = char(0x80 | ((c >> 12) & 0x3F));
-        *out++ = char(0x80 | ((c >> 6) & 0x3F));
-        *out++ = char(0x80 | (c & 0x3F));
-    }
-    return out;
 }
 
 // Latin-1 units that need more than themselves: the escaped five and
@@ -217,12 +202,9 @@ char *escapedUtf16(QStringView s, char *out)
     const char16_t *p = s.utf16();
     const char16_t *const end = p + s.size();
     while (p < end) {
-        char32_t c = *p++;
-        if (c >= 0xD800 && c <= 0xDBFF && p < end && *p >= 0xDC00 && *p <= 0xDFFF)
-            c = 0x10000 + ((c - 0xD800) << 10) + (*p++ - 0xDC00);
-        else if (c >= 0xD800 && c <= 0xDFFF)
-            c = 0xFFFD; // a lone surrogate has no UTF-8 form
-        out = escapedUnit(c, out);
+        const char32_t c = UnicodeText::next(p, end);
+        // A lone surrogate has no UTF-8 form.
+        out = escapedUnit(UnicodeText::isSurrogate(c) ? U'\uFFFD' : c, out);
     }
     return out;
 }
