@@ -1,13 +1,13 @@
 #include "AsciiReader.h"
 
 #include "AsciiDate.h"
+#include "ContainerBuilder.h"
 #include "JsonEncoding.h"
 #include "PlainTextScan.h"
 #include "StringCache.h"
 #include "TextPosition.h"
 #include "UnicodeText.h"
 #include "shared/NumberText.h"
-#include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
 #include <array>
@@ -124,9 +124,7 @@ std::optional<PlistValue> typedDate(std::string_view text)
     return PlistValue::date(*date);
 }
 
-/// One pass over checked UTF-8 text; nesting on `_stack`. The elements of
-/// open containers wait on `_values` (keys and values alternating in
-/// dictionaries) until the container closes and is made at its final size.
+/// One pass over checked UTF-8 text; open containers on `_open`.
 /// Invariant: _begin <= _p <= _end.
 class Parser
 {
@@ -149,18 +147,12 @@ private:
         Value,
         Next,
     };
-    enum class FrameKind : quint8
+    struct Opened
     {
-        Array,
-        Dictionary,
-        StringsFile, // a dictionary without braces that ends with the text
+        const char *at;
+        bool stringsFile; // a dictionary without braces that ends with the text
     };
-    struct Frame
-    {
-        FrameKind kind;
-        const char *opened;
-        size_t base; // where its elements start on `_values`
-    };
+    using Builder = ContainerBuilder<Opened>;
 
     Step run(Step step, PlistValue &value);
     Step startValue(PlistValue &out);
@@ -168,6 +160,7 @@ private:
     Step nextInArray(PlistValue &out);
     Step nextInDictionary(PlistValue &out);
     Step close(PlistValue &out);
+    bool inStringsFile() const { return _open.info().stringsFile; }
     bool skipBlanks();
     bool checkText(const char *from, const char *to);
     Step readKey(PlistValue &out);
@@ -185,13 +178,12 @@ private:
     Step fail(const char *at, const QString &message);
     QString describe(const char *p) const;
     QString found() const { return describe(_p); }
-    QString unclosed(const Frame &frame) const;
+    QString unclosed() const;
 
     const char *const _begin;
     const char *_p;
     const char *const _end;
-    std::vector<Frame> _stack;
-    std::vector<PlistValue> _values;
+    Builder _open;
     StringCache _strings;
     std::u16string _buffer; // the units of a string being decoded
     const char *_errorAt = nullptr;
@@ -214,7 +206,7 @@ PlistValue Parser::parse()
             return value;
         // One string and more text: a strings file.
         _p = start;
-        _stack.push_back({FrameKind::StringsFile, start, 0});
+        _open.open(Builder::Kind::Dictionary, {start, true});
         step = Step::Next;
     }
     if (run(step, value) == Step::Failed || !skipBlanks())
@@ -233,10 +225,10 @@ Parser::Step Parser::run(Step step, PlistValue &value)
         if (step == Step::Failed)
             return step;
         if (step == Step::Value) {
-            if (_stack.empty())
+            if (_open.isEmpty())
                 return step;
             step = attach(std::move(value), value);
-        } else if (_stack.back().kind == FrameKind::Array) {
+        } else if (_open.kind() == Builder::Kind::Array) {
             step = nextInArray(value);
         } else {
             step = nextInDictionary(value);
@@ -252,10 +244,10 @@ Parser::Step Parser::startValue(PlistValue &out)
         return fail(_p, QStringLiteral("expected a value, found the end of the text"));
     switch (*_p) {
     case '{':
-        _stack.push_back({FrameKind::Dictionary, _p++, _values.size()});
+        _open.open(Builder::Kind::Dictionary, {_p++, false});
         return Step::Next;
     case '(':
-        _stack.push_back({FrameKind::Array, _p++, _values.size()});
+        _open.open(Builder::Kind::Array, {_p++, false});
         return Step::Next;
     case '"':
     case '\'':
@@ -272,11 +264,10 @@ Parser::Step Parser::startValue(PlistValue &out)
 
 Parser::Step Parser::attach(PlistValue element, PlistValue &out)
 {
-    const Frame &frame = _stack.back();
-    _values.push_back(std::move(element));
+    _open.add(std::move(element));
     if (!skipBlanks())
         return Step::Failed;
-    if (frame.kind == FrameKind::Array) {
+    if (_open.kind() == Builder::Kind::Array) {
         if (_p < _end && *_p == ',') {
             ++_p;
             return Step::Next;
@@ -286,15 +277,14 @@ Parser::Step Parser::attach(PlistValue element, PlistValue &out)
             return close(out);
         }
         return fail(_p, QStringLiteral("expected ',' or ')' after an array element, found %1%2")
-                            .arg(found(), unclosed(frame)));
+                            .arg(found(), unclosed()));
     }
     if (_p < _end && *_p == ';') {
         ++_p;
         return Step::Next;
     }
-    const PlistValue &key = _values[_values.size() - 2];
     return fail(_p, QStringLiteral("expected ';' after the value of \"%1\", found %2%3")
-                        .arg(key.toString(), found(), unclosed(frame)));
+                        .arg(_open.lastKey().toString(), found(), unclosed()));
 }
 
 Parser::Step Parser::nextInArray(PlistValue &out)
@@ -304,7 +294,7 @@ Parser::Step Parser::nextInArray(PlistValue &out)
             return Step::Failed;
         if (_p == _end)
             return fail(_p, QStringLiteral("expected a value or ')', found the end of the text%1")
-                                .arg(unclosed(_stack.back())));
+                                .arg(unclosed()));
         if (*_p == ')') {
             ++_p;
             return close(out);
@@ -312,7 +302,7 @@ Parser::Step Parser::nextInArray(PlistValue &out)
         if (*_p != ',')
             return startValue(out);
         // Two commas in a row hold an empty string, as other readers have it.
-        _values.push_back(_strings.ascii(_p, 0));
+        _open.add(_strings.ascii(_p, 0));
         ++_p;
     }
 }
@@ -322,8 +312,7 @@ Parser::Step Parser::nextInDictionary(PlistValue &out)
     for (;;) {
         if (!skipBlanks())
             return Step::Failed;
-        const Frame &frame = _stack.back();
-        const bool stringsFile = frame.kind == FrameKind::StringsFile;
+        const bool stringsFile = inStringsFile();
         if (_p == _end && stringsFile)
             return close(out);
         if (_p < _end && *_p == '}' && !stringsFile) {
@@ -337,37 +326,23 @@ Parser::Step Parser::nextInDictionary(PlistValue &out)
             return Step::Failed;
         if (_p < _end && *_p == ';') {
             ++_p; // "key;" is short for "key = key;"
-            _values.push_back(key);
-            _values.push_back(std::move(key));
+            _open.add(key);
+            _open.add(std::move(key));
             continue;
         }
         if (_p < _end && *_p == '=') {
             ++_p;
-            _values.push_back(std::move(key));
+            _open.add(std::move(key));
             return startValue(out);
         }
         return fail(_p, QStringLiteral("expected '=' or ';' after the key \"%1\", found %2%3")
-                            .arg(key.toString(), found(), unclosed(frame)));
+                            .arg(key.toString(), found(), unclosed()));
     }
 }
 
 Parser::Step Parser::close(PlistValue &out)
 {
-    const Frame frame = _stack.back();
-    _stack.pop_back();
-    const auto first = _values.begin() + qsizetype(frame.base);
-    const auto count = qsizetype(_values.size() - frame.base);
-    if (frame.kind == FrameKind::Array) {
-        PlistArray array = PlistArray::create(count);
-        for (auto element = first; element != _values.end(); ++element)
-            array.append(std::move(*element));
-        out = array;
-    } else {
-        PlistDictionary dictionary = PlistDictionary::create(count / 2);
-        dictionary.insertPairs(std::span(_values).subspan(frame.base));
-        out = dictionary;
-    }
-    _values.erase(first, _values.end());
+    out = _open.close();
     return Step::Value;
 }
 
@@ -422,10 +397,10 @@ Parser::Step Parser::readKey(PlistValue &out)
         return readQuoted(out);
     if (_p < _end && isUnquotedAt(_p, _end))
         return readUnquoted(out);
-    const bool stringsFile = _stack.back().kind == FrameKind::StringsFile;
-    return fail(_p, QStringLiteral("expected a key%1, found %2%3")
-                        .arg(stringsFile ? QString() : QStringLiteral(" or '}'"), found(),
-                             unclosed(_stack.back())));
+    const bool stringsFile = inStringsFile();
+    return fail(_p,
+                QStringLiteral("expected a key%1, found %2%3")
+                    .arg(stringsFile ? QString() : QStringLiteral(" or '}'"), found(), unclosed()));
 }
 
 Parser::Step Parser::readUnquoted(PlistValue &out)
@@ -715,15 +690,15 @@ QString Parser::describe(const char *p) const
 }
 
 // For messages at the end of the text: where the open container began.
-QString Parser::unclosed(const Frame &frame) const
+QString Parser::unclosed() const
 {
-    if (_p < _end || frame.kind == FrameKind::StringsFile)
+    if (_p < _end || inStringsFile())
         return {};
     const TextPosition opened =
-        TextPosition::at(QByteArrayView(_begin, _end), frame.opened - _begin);
+        TextPosition::at(QByteArrayView(_begin, _end), _open.info().at - _begin);
     return QStringLiteral(" (the %1 opened at line %2, column %3 is not closed)")
-        .arg(frame.kind == FrameKind::Array ? QStringLiteral("array")
-                                            : QStringLiteral("dictionary"))
+        .arg(_open.kind() == Builder::Kind::Array ? QStringLiteral("array")
+                                                  : QStringLiteral("dictionary"))
         .arg(opened.line)
         .arg(opened.column);
 }

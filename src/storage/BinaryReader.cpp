@@ -1,5 +1,6 @@
 #include "BinaryReader.h"
 
+#include "ContainerBuilder.h"
 #include "SharedSlice.h"
 #include "UnicodeText.h"
 #include "shared/HugePageAllocator.h"
@@ -132,26 +133,26 @@ public:
     ReadResult run();
 
 private:
-    struct Frame
+    // An array or dictionary being filled, made at the size the file states.
+    struct Opened
     {
-        PlistArray array;           // null when filling a dictionary
-        PlistDictionary dictionary; // null when filling an array
-        quint64 refs = 0;           // offset of the first reference
-        quint64 count = 0;
-        quint64 next = 0;
-        quint64 object = 0; // marked as on the path while open
+        quint64 refs;   // offset of the first reference
+        quint64 count;  // entries (pairs, in a dictionary)
+        quint64 next;   // the entry to read next
+        quint64 object; // marked as on the path while open
     };
+    using Builder = ContainerBuilder<Opened>;
 
     bool fail(quint64 offset, const QString &message);
     bool readTrailer();
     bool checkTrailer(quint64 at);
-    bool step(Frame &frame);
+    bool step();
     bool readReference(quint64 at, quint64 &object);
     bool objectOffset(quint64 object, quint64 &offset);
-    bool resolve(quint64 object, quint64 refAt, PlistValue &fresh, const PlistValue *&value);
+    bool resolve(quint64 object, PlistValue &fresh, const PlistValue *&value, quint64 &offset);
     bool readKey(quint64 refAt, PlistValue &fresh, const PlistValue *&key);
     void remember(quint64 object, const PlistValue &leaf);
-    bool openContainer(quint64 object, quint64 offset, quint64 refAt, PlistValue &out);
+    bool openContainer(quint64 object, quint64 offset, quint64 refAt);
     bool readLength(quint64 offset, quint64 &start, quint64 &length);
     bool readLeaf(quint64 offset, PlistValue &out);
     bool readInteger(quint64 offset, PlistValue &out);
@@ -179,8 +180,7 @@ private:
     quint64 _valuesLeft = 0;
     std::vector<quint8> _state;      // by object index: kOnPath, kSeen
     std::vector<PlistValue> _leaves; // by object index, once some leaf is met twice
-    std::vector<Frame> _stack;
-    std::optional<Frame> _opened; // a container made by the last step, to push next
+    Builder _open;
     std::vector<char16_t> _units;
     ReadError _error;
 };
@@ -278,53 +278,53 @@ ReadResult Parser::run()
 
     PlistValue fresh;
     const PlistValue *top = nullptr;
-    if (!resolve(_topObject, _size - kTrailerSize + kTrailerTopObject, fresh, top))
+    quint64 offset = 0;
+    if (!resolve(_topObject, fresh, top, offset))
         return ReadResult::failure(_error);
-    const PlistValue root = take(top, fresh);
-    while (true) {
-        if (_opened) {
-            _stack.push_back(std::move(*_opened));
-            _opened.reset();
-        }
-        if (_stack.empty())
-            break;
-        Frame &frame = _stack.back();
-        if (frame.next == frame.count) {
-            if (!frame.dictionary.isNull())
-                frame.dictionary.endAppending();
-            _state[frame.object] &= ~kOnPath;
-            _stack.pop_back();
+    if (top)
+        return ReadResult::success(take(top, fresh), ADPlistFormatBinary);
+    if (!openContainer(_topObject, offset, _size - kTrailerSize + kTrailerTopObject))
+        return ReadResult::failure(_error);
+    for (;;) {
+        const Opened &filled = _open.info();
+        if (filled.next < filled.count) {
+            if (!step())
+                return ReadResult::failure(_error);
             continue;
         }
-        if (!step(frame))
-            return ReadResult::failure(_error);
+        _state[filled.object] &= ~kOnPath;
+        PlistValue container = _open.close();
+        if (_open.isEmpty())
+            return ReadResult::success(std::move(container), ADPlistFormatBinary);
+        _open.add(std::move(container));
     }
-    return ReadResult::success(root, ADPlistFormatBinary);
 }
 
-// Reads the next entry of the open container; a container met on the way is
-// left in _opened, as pushing it here would move `frame`.
-bool Parser::step(Frame &frame)
+// Reads the next entry of the innermost open container. A container met on
+// the way is opened, and joins its parent when it is filled.
+bool Parser::step()
 {
-    const quint64 i = frame.next++;
+    Opened &filled = _open.info(); // stale once a container opens
+    const quint64 i = filled.next++;
+    const bool inDictionary = _open.kind() == Builder::Kind::Dictionary;
+    const quint64 valueAt = filled.refs + (inDictionary ? filled.count + i : i) * _refSize;
+    PlistValue freshKey;
+    const PlistValue *key = nullptr;
+    if (inDictionary && !readKey(filled.refs + i * _refSize, freshKey, key))
+        return false;
     PlistValue fresh;
     const PlistValue *value = nullptr;
     quint64 object = 0;
-    if (frame.array.isNull()) {
-        PlistValue freshKey;
-        const PlistValue *key = nullptr;
-        const quint64 valueAt = frame.refs + (frame.count + i) * _refSize;
-        if (!readKey(frame.refs + i * _refSize, freshKey, key) || !readReference(valueAt, object) ||
-            !resolve(object, valueAt, fresh, value))
-            return false;
-        frame.dictionary.append(take(key, freshKey), take(value, fresh));
-        return true;
-    }
-    const quint64 at = frame.refs + i * _refSize;
-    if (!readReference(at, object) || !resolve(object, at, fresh, value))
+    quint64 offset = 0;
+    if (!readReference(valueAt, object) || !resolve(object, fresh, value, offset))
         return false;
-    frame.array.append(take(value, fresh));
-    return true;
+    if (value && inDictionary)
+        _open.addPair(take(key, freshKey), take(value, fresh));
+    else if (value)
+        _open.add(take(value, fresh));
+    else if (inDictionary)
+        _open.add(take(key, freshKey)); // to wait for the container opened next
+    return value || openContainer(object, offset, valueAt);
 }
 
 // `at` lies within a reference list already checked to fit.
@@ -355,24 +355,24 @@ bool Parser::objectOffset(quint64 object, quint64 &offset)
     return true;
 }
 
-// Points `value` at a kept leaf, or at `fresh` holding the object just read.
-bool Parser::resolve(quint64 object, quint64 refAt, PlistValue &fresh, const PlistValue *&value)
+// Points `value` at a kept leaf, or at `fresh` holding the leaf just read;
+// leaves it null for an array or dictionary, which starts at `offset`.
+bool Parser::resolve(quint64 object, PlistValue &fresh, const PlistValue *&value, quint64 &offset)
 {
+    value = nullptr;
     if (!_leaves.empty() && !_leaves[object].isNone()) {
         value = &_leaves[object];
         return true;
     }
-    value = &fresh;
-    PlistValue &out = fresh;
-    quint64 offset = 0;
     if (!objectOffset(object, offset))
         return false;
     const uchar kind = _data[offset] >> 4;
     if (kind == 0xA || kind == 0xD)
-        return openContainer(object, offset, refAt, out);
-    if (!readLeaf(offset, out))
+        return true;
+    if (!readLeaf(offset, fresh))
         return false;
-    remember(object, out);
+    remember(object, fresh);
+    value = &fresh;
     return true;
 }
 
@@ -426,7 +426,7 @@ bool Parser::readKey(quint64 refAt, PlistValue &fresh, const PlistValue *&key)
     return true;
 }
 
-bool Parser::openContainer(quint64 object, quint64 offset, quint64 refAt, PlistValue &out)
+bool Parser::openContainer(quint64 object, quint64 offset, quint64 refAt)
 {
     if (_state[object] & kOnPath)
         return fail(refAt,
@@ -452,19 +452,9 @@ bool Parser::openContainer(quint64 object, quint64 offset, quint64 refAt, PlistV
                                 .arg(_size * kValuesPerInputByte));
     _valuesLeft -= values;
 
-    Frame frame;
-    frame.refs = start;
-    frame.count = count;
-    frame.object = object;
-    if (isDictionary) {
-        frame.dictionary = PlistDictionary::create(qsizetype(count));
-        out = PlistValue(frame.dictionary);
-    } else {
-        frame.array = PlistArray::create(qsizetype(count));
-        out = PlistValue(frame.array);
-    }
+    _open.openSized(isDictionary ? Builder::Kind::Dictionary : Builder::Kind::Array,
+                    qsizetype(count), {start, count, 0, object});
     _state[object] |= kOnPath;
-    _opened = std::move(frame);
     return true;
 }
 

@@ -1,19 +1,17 @@
 #include "JsonReader.h"
 
+#include "ContainerBuilder.h"
 #include "JsonEncoding.h"
 #include "PlainTextScan.h"
 #include "StringCache.h"
 #include "TextPosition.h"
 #include "UnicodeText.h"
 #include "shared/NumberText.h"
-#include "shared/PlistArray.h"
-#include "shared/PlistDictionary.h"
 
 #include <cmath>
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace {
 
@@ -27,9 +25,7 @@ bool isWhite(char c)
     return c == ' ' || c == '\n' || c == '\r' || c == '\t';
 }
 
-/// One pass over checked UTF-8 text; nesting on `_stack`. The elements of
-/// open containers wait on `_values` (keys and values alternating in objects)
-/// until the container closes and is made at its final size.
+/// One pass over checked UTF-8 text; open containers on `_open`.
 /// Invariant: _begin <= _p <= _end.
 class Parser
 {
@@ -52,19 +48,17 @@ private:
         Value,
         Next,
     };
-    struct Frame
+    struct Opened
     {
-        const char *opened;
-        size_t base; // where its elements start on `_values`
-        bool isObject;
+        const char *at;
     };
+    using Builder = ContainerBuilder<Opened>;
 
     Step run(Step step, PlistValue &value);
     Step startValue(PlistValue &out);
     Step open(bool isObject, PlistValue &out);
     Step attach(PlistValue element, PlistValue &out);
     Step nextMember(PlistValue &out);
-    Step close(PlistValue &out);
     void skipWhite();
     Step readLiteral(std::string_view word, PlistValue value, PlistValue &out);
     Step readNumber(PlistValue &out);
@@ -81,8 +75,7 @@ private:
     const char *const _begin;
     const char *_p;
     const char *const _end;
-    std::vector<Frame> _stack;
-    std::vector<PlistValue> _values;
+    Builder _open;
     StringCache _strings;
     std::u16string _buffer; // the units of a string being decoded
     const char *_errorAt = nullptr;
@@ -109,10 +102,10 @@ Parser::Step Parser::run(Step step, PlistValue &value)
         if (step == Step::Failed)
             return step;
         if (step == Step::Value) {
-            if (_stack.empty())
+            if (_open.isEmpty())
                 return step;
             step = attach(std::move(value), value);
-        } else if (_stack.back().isObject) {
+        } else if (_open.kind() == Builder::Kind::Dictionary) {
             step = nextMember(value);
         } else {
             step = startValue(value);
@@ -156,28 +149,29 @@ Parser::Step Parser::open(bool isObject, PlistValue &out)
         out = isObject ? PlistValue(PlistDictionary::create()) : PlistValue(PlistArray::create());
         return Step::Value;
     }
-    _stack.push_back({opened, _values.size(), isObject});
+    _open.open(isObject ? Builder::Kind::Dictionary : Builder::Kind::Array, {opened});
     return Step::Next;
 }
 
 Parser::Step Parser::attach(PlistValue element, PlistValue &out)
 {
-    const Frame &frame = _stack.back();
-    _values.push_back(std::move(element));
+    _open.add(std::move(element));
+    const bool isObject = _open.kind() == Builder::Kind::Dictionary;
     skipWhite();
     if (_p < _end && *_p == ',') {
         ++_p;
         return Step::Next;
     }
-    const char closer = frame.isObject ? '}' : ']';
+    const char closer = isObject ? '}' : ']';
     if (_p < _end && *_p == closer) {
         ++_p;
-        return close(out);
+        out = _open.close();
+        return Step::Value;
     }
     return fail(_p, QStringLiteral("expected ',' or '%1' after %2, found %3%4")
                         .arg(QChar(closer),
-                             frame.isObject ? QStringLiteral("an object member")
-                                            : QStringLiteral("an array element"),
+                             isObject ? QStringLiteral("an object member")
+                                      : QStringLiteral("an array element"),
                              found(), unclosed()));
 }
 
@@ -195,28 +189,8 @@ Parser::Step Parser::nextMember(PlistValue &out)
         return fail(_p, QStringLiteral("expected ':' after the key \"%1\", found %2%3")
                             .arg(key.toString(), found(), unclosed()));
     ++_p;
-    _values.push_back(std::move(key));
+    _open.add(std::move(key));
     return startValue(out);
-}
-
-Parser::Step Parser::close(PlistValue &out)
-{
-    const Frame frame = _stack.back();
-    _stack.pop_back();
-    const auto first = _values.begin() + qsizetype(frame.base);
-    const auto count = qsizetype(_values.size() - frame.base);
-    if (frame.isObject) {
-        PlistDictionary dictionary = PlistDictionary::create(count / 2);
-        dictionary.insertPairs(std::span(_values).subspan(frame.base));
-        out = dictionary;
-    } else {
-        PlistArray array = PlistArray::create(count);
-        for (auto element = first; element != _values.end(); ++element)
-            array.append(std::move(*element));
-        out = array;
-    }
-    _values.erase(first, _values.end());
-    return Step::Value;
 }
 
 void Parser::skipWhite()
@@ -387,13 +361,13 @@ QString Parser::describe(const char *p) const
 // For messages at the end of the text: where the innermost open container began.
 QString Parser::unclosed() const
 {
-    if (_p < _end || _stack.empty())
+    if (_p < _end || _open.isEmpty())
         return {};
-    const Frame &frame = _stack.back();
     const TextPosition opened =
-        TextPosition::at(QByteArrayView(_begin, _end), frame.opened - _begin);
+        TextPosition::at(QByteArrayView(_begin, _end), _open.info().at - _begin);
     return QStringLiteral(" (the %1 opened at line %2, column %3 is not closed)")
-        .arg(frame.isObject ? QStringLiteral("object") : QStringLiteral("array"))
+        .arg(_open.kind() == Builder::Kind::Dictionary ? QStringLiteral("object")
+                                                       : QStringLiteral("array"))
         .arg(opened.line)
         .arg(opened.column);
 }

@@ -1,5 +1,6 @@
 #include "XmlReader.h"
 
+#include "ContainerBuilder.h"
 #include "SizeThreshold.h"
 #include "StringCache.h"
 
@@ -12,14 +13,12 @@
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
-#include <QList>
 #include <QStringDecoder>
 
 #include <array>
 #include <cstring>
 #include <limits>
 #include <string>
-#include <vector>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -195,16 +194,14 @@ struct Text
     bool raw = true; // `bytes` lies in the document, so offsets map back
 };
 
-/// An open container. Only the fields of its element are used.
-struct Frame
+/// An open element that holds others: <dict>, <array>, or <plist>, which is
+/// built as an array of its one value.
+struct Opened
 {
     Element element;
-    const char *openedAt;
-    PlistArray array;
-    qsizetype pairsFrom = 0; // Dict: where its keys and values start in the reader's pairs
-    PlistValue key;          // Dict: the key waiting for its value
-    PlistValue held;         // Plist: its one value
+    const char *at;
 };
+using Builder = ContainerBuilder<Opened>;
 
 /// One pass over one UTF-8 document: the prolog, the elements on an explicit
 /// stack of open containers, then the epilog. The first failure ends the pass
@@ -279,18 +276,12 @@ private:
         return u'"' + QString::fromUtf8(at, q - at) + u'"';
     }
 
-    QString opened(const Frame &frame) const
+    // The innermost open element, for messages.
+    QString opened() const
     {
         return QStringLiteral("%1 opened on line %2")
-            .arg(tagText(nameOf(frame.element)))
-            .arg(lineOf(frame.openedAt));
-    }
-
-    bool failUnclosed(const Frame &frame)
-    {
-        return fail(
-            _end,
-            QStringLiteral("unexpected end of the input: %1 is not closed").arg(opened(frame)));
+            .arg(tagText(nameOf(_open.info().element)))
+            .arg(lineOf(_open.info().at));
     }
 
     // --- markup around the values ---------------------------------------------
@@ -768,6 +759,7 @@ private:
     bool makeLeaf(const Tag &tag, const Text &text, PlistValue &value)
     {
         switch (tag.element) {
+        case Element::Key:
         case Element::String:
             return makeString(text, value);
         case Element::Integer:
@@ -864,51 +856,40 @@ private:
 
     void deliver(PlistValue value)
     {
-        if (_stack.empty()) {
+        if (_open.isEmpty()) {
             _root = std::move(value);
             _done = true;
             return;
         }
-        Frame &top = _stack.back();
-        switch (top.element) {
-        case Element::Array:
-            top.array.append(std::move(value));
-            break;
-        case Element::Dict:
-            _pairs.push_back(std::move(top.key));
-            _pairs.push_back(std::move(value));
-            top.key = PlistValue();
-            break;
-        default:
-            top.held = std::move(value);
-            break;
-        }
+        _open.add(std::move(value));
     }
 
     // Whether the start tag may stand where it is.
     bool placeAllowed(const Tag &tag)
     {
-        if (_stack.empty())
+        if (_open.isEmpty())
             return tag.element != Element::Key ||
                    fail(tag.at, QStringLiteral("<key> stands outside a <dict>"));
-        const Frame &top = _stack.back();
-        if (top.element == Element::Dict) {
-            if (top.key.isNone() == (tag.element == Element::Key))
+        const Element top = _open.info().element;
+        if (top == Element::Dict) {
+            const bool wantsKey = _open.count() % 2 == 0;
+            if (wantsKey == (tag.element == Element::Key))
                 return true;
-            if (top.key.isNone())
+            if (wantsKey)
                 return fail(
                     tag.at,
                     QStringLiteral("expected <key> in <dict>, found %1").arg(tagText(tag.name)));
             return fail(tag.at, QStringLiteral("key \"%1\" has no value: expected a value, found "
                                                "<key>")
-                                    .arg(top.key.toString()));
+                                    .arg(_open.lastKey().toString()));
         }
         if (tag.element == Element::Key)
-            return fail(tag.at, QStringLiteral("expected a value in %1, found <key>")
-                                    .arg(tagText(nameOf(top.element))));
+            return fail(
+                tag.at,
+                QStringLiteral("expected a value in %1, found <key>").arg(tagText(nameOf(top))));
         if (tag.element == Element::Plist)
             return fail(tag.at, QStringLiteral("<plist> may only be the root element"));
-        if (top.element == Element::Plist && !top.held.isNone())
+        if (top == Element::Plist && _open.count() > 0)
             return fail(tag.at, QStringLiteral("<plist> holds more than one value: found %1")
                                     .arg(tagText(tag.name)));
         return true;
@@ -922,25 +903,20 @@ private:
         case Element::Plist:
             if (tag.empty)
                 return fail(tag.at, QStringLiteral("<plist> holds no value"));
-            _stack.push_back({Element::Plist, tag.at, {}, {}, {}, {}});
+            _open.open(Builder::Kind::Array, {Element::Plist, tag.at});
             return true;
         case Element::Dict:
             if (tag.empty)
                 deliver(PlistDictionary::create());
             else
-                _stack.push_back({Element::Dict, tag.at, {}, _pairs.size(), {}, {}});
+                _open.open(Builder::Kind::Dictionary, {Element::Dict, tag.at});
             return true;
         case Element::Array:
             if (tag.empty)
                 deliver(PlistArray::create());
             else
-                _stack.push_back(
-                    {Element::Array, tag.at, PlistArray::create(sizeHint()), {}, {}, {}});
+                _open.open(Builder::Kind::Array, {Element::Array, tag.at});
             return true;
-        case Element::Key: {
-            Text text;
-            return readText(tag, text) && makeString(text, _stack.back().key);
-        }
         case Element::Data: {
             PlistValue value;
             if (!readData(tag, value))
@@ -953,37 +929,10 @@ private:
             PlistValue value;
             if (!readText(tag, text) || !makeLeaf(tag, text, value))
                 return false;
-            deliver(std::move(value));
+            deliver(std::move(value)); // a key goes into its dictionary like a value
             return true;
         }
         }
-    }
-
-    // Siblings tend to be alike (records in an array), so a new array
-    // reserves what the last container closed at its depth held, within reason.
-    qsizetype sizeHint() const
-    {
-        const size_t depth = _stack.size();
-        return depth < _sizeHints.size() ? _sizeHints[depth] : 0;
-    }
-
-    void rememberSize(qsizetype count)
-    {
-        constexpr qsizetype kMaxHint = 64;
-        const size_t depth = _stack.size();
-        if (depth >= _sizeHints.size())
-            _sizeHints.resize(depth + 1);
-        _sizeHints[depth] = std::min(count, kMaxHint);
-    }
-
-    // The dictionary of the keys and values delivered to `top`, which it takes
-    // off the pairs; made at the end, when its size is known.
-    PlistDictionary closedDictionary(const Frame &top)
-    {
-        PlistDictionary dict = PlistDictionary::create((_pairs.size() - top.pairsFrom) / 2);
-        dict.insertPairs(std::span(_pairs).subspan(top.pairsFrom));
-        _pairs.resize(top.pairsFrom);
-        return dict;
     }
 
     // A dictionary of just "CF$UID" and a non-negative integer is a keyed-archiver UID.
@@ -1004,29 +953,21 @@ private:
         QByteArrayView name;
         if (!endTag(name))
             return false;
-        Frame &top = _stack.back();
-        if (!sameName(name, nameOf(top.element)))
-            return fail(at, QStringLiteral("%1 closes %2").arg(tagText(name, true), opened(top)));
-        if (top.element == Element::Dict && !top.key.isNone())
+        const Element element = _open.info().element;
+        if (!sameName(name, nameOf(element)))
+            return fail(at, QStringLiteral("%1 closes %2").arg(tagText(name, true), opened()));
+        if (element == Element::Dict && _open.count() % 2 != 0)
             return fail(at, QStringLiteral("key \"%1\" has no value: expected a value, found %2")
-                                .arg(top.key.toString(), tagText(name, true)));
-        if (top.element == Element::Plist && top.held.isNone())
+                                .arg(_open.lastKey().toString(), tagText(name, true)));
+        if (element == Element::Plist && _open.count() == 0)
             return fail(at, QStringLiteral("<plist> holds no value"));
-        qsizetype count = 0;
-        PlistValue value;
-        if (top.element == Element::Array) {
-            count = top.array.count();
-            value = top.array;
-        } else if (top.element == Element::Dict) {
-            const PlistDictionary dict = closedDictionary(top);
-            count = dict.count();
-            value = finishDictionary(dict);
-        } else {
-            value = std::move(top.held);
-        }
-        _stack.pop_back();
-        rememberSize(count);
-        deliver(std::move(value));
+        const PlistValue value = _open.close();
+        if (element == Element::Dict)
+            deliver(finishDictionary(value.toDictionary()));
+        else if (element == Element::Plist)
+            deliver(value.toArray().at(0));
+        else
+            deliver(value);
         return true;
     }
 
@@ -1038,19 +979,20 @@ private:
         if (startsWith(_p, "<!DOCTYPE"))
             return fail(_p, QStringLiteral("a DOCTYPE must come before the root element"));
         return fail(_p, QStringLiteral("%1 is not allowed in %2")
-                            .arg(found(_p), tagText(nameOf(_stack.back().element))));
+                            .arg(found(_p), tagText(nameOf(_open.info().element))));
     }
 
     bool body()
     {
         while (!_done) {
-            if (!_stack.empty()) {
+            if (!_open.isEmpty()) {
                 skipSpace();
                 if (_p == _end)
-                    return failUnclosed(_stack.back());
+                    return fail(_p, QStringLiteral("unexpected end of the input: %1 is not closed")
+                                        .arg(opened()));
                 if (*_p != '<' || _end - _p < 2)
                     return fail(_p, QStringLiteral("text is not allowed in %1: found %2")
-                                        .arg(tagText(nameOf(_stack.back().element)), found(_p)));
+                                        .arg(tagText(nameOf(_open.info().element)), found(_p)));
             }
             bool ok;
             switch (_p[1]) {
@@ -1078,14 +1020,12 @@ private:
     QByteArrayView _text;
     const char *_p;
     const char *_end;
-    std::vector<Frame> _stack;
+    Builder _open;
     PlistValue _root;
     bool _done = false;
     StringCache _strings;
-    std::vector<qsizetype> _sizeHints; // the count of the last container closed at each depth
-    QList<PlistValue> _pairs;          // keys and values of the open dictionaries; grows by realloc
-    std::string _scratch;              // text with references, reused
-    std::u16string _wide;              // non-ASCII text as UTF-16, reused
+    std::string _scratch; // text with references, reused
+    std::u16string _wide; // non-ASCII text as UTF-16, reused
     ReadError _error;
 };
 
