@@ -3,8 +3,6 @@
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
-#include <QList>
-
 #include <span>
 #include <vector>
 
@@ -37,7 +35,7 @@ public:
     const Info &info() const { return _open.back().info; }
     /// Elements added to the innermost container of unstated size: keys and
     /// values count one each.
-    qsizetype count() const { return _elements.size() - _open.back().base; }
+    qsizetype count() const { return qsizetype(_elements.size()) - _open.back().base; }
     /// The key of the innermost dictionary's last pair, or the key that waits
     /// for its value; of a container of unstated size.
     const PlistValue &lastKey() const
@@ -48,12 +46,12 @@ public:
     /// Opens a container of unstated size inside the innermost one.
     void open(Kind kind, Info info)
     {
-        _open.push_back({kind, _elements.size(), {}, {}, {}, std::move(info)});
+        _open.push_back({kind, true, qsizetype(_elements.size()), {}, {}, {}, std::move(info)});
     }
     /// Opens a container of `size` elements (pairs, in a dictionary).
     void openSized(Kind kind, qsizetype size, Info info)
     {
-        Frame frame{kind, _elements.size(), {}, {}, {}, std::move(info)};
+        Frame frame{kind, false, qsizetype(_elements.size()), {}, {}, {}, std::move(info)};
         if (kind == Kind::Array)
             frame.array = PlistArray::create(size);
         else
@@ -61,11 +59,11 @@ public:
         _open.push_back(std::move(frame));
     }
     /// Adds an element to the innermost container.
-    void add(PlistValue element)
+    Q_ALWAYS_INLINE void add(PlistValue element)
     {
         Frame &frame = _open.back();
-        if (frame.array.isNull() && frame.dictionary.isNull())
-            _elements.append(std::move(element));
+        if (frame.gathers)
+            _elements.push_back(std::move(element));
         else
             addToMade(frame, std::move(element));
     }
@@ -74,9 +72,9 @@ public:
     {
         Frame &frame = _open.back();
         Q_ASSERT(frame.kind == Kind::Dictionary && frame.key.isNone());
-        if (frame.dictionary.isNull()) {
-            _elements.append(std::move(key));
-            _elements.append(std::move(value));
+        if (frame.gathers) {
+            _elements.push_back(std::move(key));
+            _elements.push_back(std::move(value));
         } else {
             frame.dictionary.append(std::move(key), std::move(value));
         }
@@ -93,7 +91,7 @@ public:
             return frame.dictionary;
         }
         const std::span<PlistValue> elements(_elements.data() + frame.base,
-                                             size_t(_elements.size() - frame.base));
+                                             _elements.size() - size_t(frame.base));
         PlistValue made;
         if (frame.kind == Kind::Array) {
             PlistArray array = PlistArray::create(qsizetype(elements.size()));
@@ -105,14 +103,14 @@ public:
             dictionary.insertPairs(elements);
             made = dictionary;
         }
-        _elements.resize(frame.base);
+        _elements.resize(size_t(frame.base));
         return made;
     }
 
 private:
     struct Frame;
 
-    static void addToMade(Frame &frame, PlistValue element)
+    static Q_NEVER_INLINE void addToMade(Frame &frame, PlistValue element)
     {
         if (!frame.array.isNull()) {
             frame.array.append(std::move(element));
@@ -127,6 +125,7 @@ private:
     struct Frame
     {
         Kind kind;
+        bool gathers;               // its size is not stated
         qsizetype base;             // where its elements start in `_elements`, if it gathers them
         PlistArray array;           // made when it opened, if its size was stated
         PlistDictionary dictionary; // likewise
@@ -135,5 +134,5 @@ private:
     };
 
     std::vector<Frame> _open;
-    QList<PlistValue> _elements; // PlistValue is relocatable, so this grows by realloc
+    std::vector<PlistValue> _elements;
 };
