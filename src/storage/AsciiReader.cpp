@@ -3,7 +3,7 @@
 #include "AsciiDate.h"
 #include "ContainerBuilder.h"
 #include "JsonEncoding.h"
-#include "PlainTextScan.h"
+#include "SimdText.h"
 #include "StringCache.h"
 #include "TextPosition.h"
 #include "UnicodeText.h"
@@ -430,7 +430,7 @@ Parser::Step Parser::readQuoted(PlistValue &out)
     const char quote = *_p;
     const char *start = _p++;
     const char *run = _p;
-    _p = PlainTextScan::find(_p, _end, quote, 1);
+    _p = SimdText::findStringEnd(_p, _end, quote, 1);
     if (_p < _end && *_p == quote) {
         out = _strings.ascii(run, _p - run);
         ++_p;
@@ -464,7 +464,7 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
             return Step::Failed;
         }
         run = _p;
-        _p = PlainTextScan::find(_p, _end, quote, 1);
+        _p = SimdText::findStringEnd(_p, _end, quote, 1);
     }
 }
 

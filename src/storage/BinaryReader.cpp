@@ -2,6 +2,7 @@
 
 #include "ContainerBuilder.h"
 #include "SharedSlice.h"
+#include "SimdText.h"
 #include "UnicodeText.h"
 #include "shared/HugePageAllocator.h"
 #include "shared/NumberText.h"
@@ -97,20 +98,6 @@ QString markerName(uchar marker)
     default:
         return QStringLiteral("marker ") + hexByte(marker);
     }
-}
-
-bool isAscii(const uchar *p, quint64 n)
-{
-    quint64 any = 0;
-    quint64 i = 0;
-    for (; i + 8 <= n; i += 8) {
-        quint64 word;
-        std::memcpy(&word, p + i, 8);
-        any |= word;
-    }
-    for (; i < n; ++i)
-        any |= p[i];
-    return (any & 0x8080808080808080ull) == 0;
 }
 
 // A kept leaf is copied; one just read is moved.
@@ -647,7 +634,7 @@ bool Parser::readAscii(quint64 offset, PlistValue &out)
     if (!fits(start, length))
         return truncated(offset, QStringLiteral("a string of %1 bytes").arg(length));
     const char *p = reinterpret_cast<const char *>(_data + start);
-    if (isAscii(_data + start, length)) {
+    if (SimdText::skipAscii(p, p + length, false) == p + length) {
         out = PlistValue::fromLatin1(p, qsizetype(length));
         return true;
     }

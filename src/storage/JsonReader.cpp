@@ -2,7 +2,7 @@
 
 #include "ContainerBuilder.h"
 #include "JsonEncoding.h"
-#include "PlainTextScan.h"
+#include "SimdText.h"
 #include "StringCache.h"
 #include "TextPosition.h"
 #include "UnicodeText.h"
@@ -267,7 +267,7 @@ Parser::Step Parser::readString(PlistValue &out)
 {
     const char *start = _p++;
     const char *run = _p;
-    _p = PlainTextScan::find(_p, _end, '"', ' ');
+    _p = SimdText::findStringEnd(_p, _end, '"', ' ');
     if (_p < _end && *_p == '"') {
         out = _strings.ascii(run, _p - run);
         ++_p;
@@ -303,7 +303,7 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
             return Step::Failed;
         }
         run = _p;
-        _p = PlainTextScan::find(_p, _end, '"', ' ');
+        _p = SimdText::findStringEnd(_p, _end, '"', ' ');
     }
 }
 

@@ -1,36 +1,14 @@
 #include "UnicodeText.h"
 
-#include <QtEndian>
+#include "SimdText.h"
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
+#include <QtEndian>
 
 namespace {
 
 bool isContinuation(uchar b)
 {
     return (b & 0xC0) == 0x80;
-}
-
-// Bytes below 0x80 from `p` on, and no NUL unless allowed; sixteen at a
-// time where the processor allows.
-const char *asciiEnd(const char *p, const char *end, UnicodeText::Nul nul)
-{
-#ifdef __SSE2__
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i nulMask = nul == UnicodeText::Nul::Refused ? _mm_set1_epi8(-1) : zero;
-    while (end - p >= 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-        const __m128i nuls = _mm_and_si128(_mm_cmpeq_epi8(v, zero), nulMask);
-        if (_mm_movemask_epi8(_mm_or_si128(v, nuls)) != 0)
-            break;
-        p += 16;
-    }
-#endif
-    while (p < end && uchar(*p) < 0x80 && (*p != 0 || nul == UnicodeText::Nul::Allowed))
-        ++p;
-    return p;
 }
 
 } // namespace
@@ -69,7 +47,7 @@ qsizetype UnicodeText::firstFlaw(QByteArrayView text, Nul nul)
     const char *const end = begin + text.size();
     const char *p = begin;
     for (;;) {
-        p = asciiEnd(p, end, nul);
+        p = SimdText::skipAscii(p, end, nul == Nul::Refused);
         if (p == end)
             return -1;
         const int length = *p == 0 ? 0 : sequenceLength(p, end);

@@ -1,6 +1,7 @@
 #include "XmlBase64.h"
 
 #include "ParallelParts.h"
+#include "SimdText.h"
 #include "SizeThreshold.h"
 #include "shared/HugePageAllocator.h"
 
@@ -8,10 +9,6 @@
 #include <array>
 #include <bit>
 #include <cstring>
-
-#if defined(__x86_64__) || defined(__i386__)
-#include <tmmintrin.h>
-#endif
 
 namespace {
 
@@ -76,41 +73,6 @@ char *encodeTwoGroups(const unsigned char *in, char *out)
     std::memcpy(out, digits, 8);
     return out + 8;
 }
-
-#if defined(__x86_64__) || defined(__i386__)
-// Four groups (twelve bytes, sixteen digits) a step with byte shuffles, where
-// the processor has them; reads sixteen bytes. After Wojciech Mula's method:
-// spread the 6-bit fields into bytes, then map each range of the alphabet
-// with one table lookup and an add.
-__attribute__((target("ssse3"))) char *encodeFourGroups(const unsigned char *in, char *out)
-{
-    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in));
-    v = _mm_shuffle_epi8(v, _mm_set_epi8(10, 11, 9, 10, 7, 8, 6, 7, 4, 5, 3, 4, 1, 2, 0, 1));
-    const __m128i high =
-        _mm_mulhi_epu16(_mm_and_si128(v, _mm_set1_epi32(0x0fc0fc00)), _mm_set1_epi32(0x04000040));
-    const __m128i low =
-        _mm_mullo_epi16(_mm_and_si128(v, _mm_set1_epi32(0x003f03f0)), _mm_set1_epi32(0x01000010));
-    const __m128i fields = _mm_or_si128(high, low);
-    __m128i range = _mm_subs_epu8(fields, _mm_set1_epi8(51));
-    range = _mm_or_si128(
-        range, _mm_and_si128(_mm_cmpgt_epi8(_mm_set1_epi8(26), fields), _mm_set1_epi8(13)));
-    const __m128i offsets =
-        _mm_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                      '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0);
-    const __m128i digits = _mm_add_epi8(_mm_shuffle_epi8(offsets, range), fields);
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(out), digits);
-    return out + 16;
-}
-
-const bool kShuffles = __builtin_cpu_supports("ssse3");
-#else
-char *encodeFourGroups(const unsigned char *, char *out)
-{
-    return out;
-}
-
-constexpr bool kShuffles = false;
-#endif
 
 bool isSpace(char c)
 {
@@ -293,9 +255,12 @@ char *encodeSomeLines(QByteArrayView bytes, int lineLength, int indent, char *ou
     while (i < size) {
         std::memset(out, '\t', size_t(indent));
         out += indent;
-        qsizetype g = 0;
-        for (; kShuffles && g + 4 <= groupsPerLine && size - i >= 16; g += 4, i += 12)
-            out = encodeFourGroups(in + i, out);
+        // Blocks of four groups read four bytes past their twelve.
+        const qsizetype blocks =
+            std::min(groupsPerLine / 4, std::max<qsizetype>(0, size - i - 4) / 12);
+        out = SimdText::encodeBase64(in + i, blocks, out);
+        qsizetype g = 4 * blocks;
+        i += 12 * blocks;
         for (; g + 2 <= groupsPerLine && size - i >= 8; g += 2, i += 6)
             out = encodeTwoGroups(in + i, out);
         for (; g < groupsPerLine && size - i >= 3; ++g, i += 3)

@@ -1,6 +1,7 @@
 #include "XmlReader.h"
 
 #include "ContainerBuilder.h"
+#include "SimdText.h"
 #include "SizeThreshold.h"
 #include "StringCache.h"
 
@@ -19,10 +20,6 @@
 #include <cstring>
 #include <limits>
 #include <string>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 namespace {
 
@@ -97,28 +94,6 @@ bool isSpace(char c)
     return c == ' ' || c == '\n' || c == '\t' || c == '\r';
 }
 
-// The first byte at or after `p` that is not white space (or `end`).
-// Indentation comes in runs of a few tabs, which one comparison covers.
-const char *spaceEnd(const char *p, const char *end)
-{
-#ifdef __SSE2__
-    while (end - p >= 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-        const __m128i space = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8(' ')),
-                                                        _mm_cmpeq_epi8(v, _mm_set1_epi8('\t'))),
-                                           _mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('\n')),
-                                                        _mm_cmpeq_epi8(v, _mm_set1_epi8('\r'))));
-        const unsigned other = ~unsigned(_mm_movemask_epi8(space)) & 0xFFFFu;
-        if (other != 0)
-            return p + __builtin_ctz(other);
-        p += 16;
-    }
-#endif
-    while (p < end && isSpace(*p))
-        ++p;
-    return p;
-}
-
 // Data whose content runs past this many bytes counts as large.
 constexpr qsizetype kLargeData = sizeThreshold(64 * 1024, 64);
 
@@ -144,35 +119,6 @@ bool isNameChar(char c)
 QString tagText(QByteArrayView name, bool closing = false)
 {
     return (closing ? QStringLiteral("</") : QStringLiteral("<")) + QString::fromUtf8(name) + u'>';
-}
-
-// The first '<' or '&' at or after `p` (or `end`); the bytes passed over are
-// ORed into `high`, whose top bit then tells whether any was not ASCII.
-const char *scanText(const char *p, const char *end, unsigned &high)
-{
-#ifdef __SSE2__
-    const __m128i less = _mm_set1_epi8('<');
-    const __m128i amp = _mm_set1_epi8('&');
-    while (end - p >= 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-        const int stops =
-            _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, less), _mm_cmpeq_epi8(v, amp)));
-        const int nonAscii = _mm_movemask_epi8(v);
-        if (stops != 0) {
-            const int n = __builtin_ctz(unsigned(stops));
-            high |= (unsigned(nonAscii) & ((1u << n) - 1)) != 0 ? 0x80u : 0u;
-            return p + n;
-        }
-        high |= nonAscii != 0 ? 0x80u : 0u;
-        p += 16;
-    }
-#endif
-    for (; p < end; ++p) {
-        if (*p == '<' || *p == '&')
-            return p;
-        high |= static_cast<unsigned char>(*p);
-    }
-    return end;
 }
 
 /// A start tag as read: where it began, its name, and whether it was empty (`<x/>`).
@@ -289,7 +235,7 @@ private:
     bool skipSpace()
     {
         const char *start = _p;
-        _p = spaceEnd(_p, _end);
+        _p = SimdText::skipSpace(_p, _end);
         return _p != start;
     }
 
@@ -615,7 +561,7 @@ private:
 
     // Content with references, CDATA, comments or processing instructions,
     // gathered in the scratch buffer from `_p` (where `stop` was found).
-    bool readMixedText(const Tag &tag, Text &text, const char *stop, unsigned high)
+    bool readMixedText(const Tag &tag, Text &text, const char *stop, bool nonAscii)
     {
         _scratch.assign(_p, stop);
         _p = stop;
@@ -635,8 +581,7 @@ private:
                 _p = start;
                 if (!skipPast("]]>", start - 9, QStringLiteral("CDATA section")))
                     return false;
-                for (const char *c = start; c < _p - 3; ++c)
-                    high |= static_cast<unsigned char>(*c);
+                nonAscii = nonAscii || SimdText::skipAscii(start, _p - 3, false) != _p - 3;
                 _scratch.append(start, _p - 3);
             } else if (startsWith(_p, "<!--")) {
                 if (!skipComment())
@@ -650,11 +595,11 @@ private:
                     QStringLiteral("%1 is not allowed in %2").arg(found(_p), tagText(tag.name)));
             }
             const char *run = _p;
-            _p = scanText(_p, _end, high);
+            _p = SimdText::findMarkup(_p, _end, nonAscii);
             _scratch.append(run, _p);
         }
         text.bytes = QByteArrayView(_scratch.data(), qsizetype(_scratch.size()));
-        text.ascii = text.ascii && (high & 0x80) == 0;
+        text.ascii = text.ascii && !nonAscii;
         text.raw = false;
         return closeLeaf(tag);
     }
@@ -668,17 +613,17 @@ private:
         text = emptyTextHere();
         if (tag.empty)
             return true;
-        unsigned high = 0;
-        const char *stop = scanText(_p, _end, high); // before `high` is passed on
-        return finishText(tag, text, stop, high);
+        bool nonAscii = false;
+        const char *stop = SimdText::findMarkup(_p, _end, nonAscii); // before it is passed on
+        return finishText(tag, text, stop, nonAscii);
     }
 
     // The content of a leaf from `_p`, whose first markup is at `stop`.
-    bool finishText(const Tag &tag, Text &text, const char *stop, unsigned high)
+    bool finishText(const Tag &tag, Text &text, const char *stop, bool nonAscii)
     {
         if (_end - stop >= 2 && stop[0] == '<' && stop[1] == '/') {
             text.bytes = QByteArrayView(_p, stop - _p);
-            text.ascii = (high & 0x80) == 0;
+            text.ascii = !nonAscii;
             _p = stop;
             // Most end tags are exactly "</name>".
             if (const char *after = pastExactEndTag(stop, tag)) {
@@ -687,7 +632,7 @@ private:
             }
             return closeLeaf(tag);
         }
-        return readMixedText(tag, text, stop, high);
+        return readMixedText(tag, text, stop, nonAscii);
     }
 
     // Just past `at` if "</name>" of `tag` stands there, else null.
@@ -746,7 +691,8 @@ private:
     // double becomes the infinity or zero it rounds to.
     bool makeReal(const Text &text, PlistValue &value)
     {
-        const char *first = spaceEnd(text.bytes.data(), text.bytes.data() + text.bytes.size());
+        const char *first =
+            SimdText::skipSpace(text.bytes.data(), text.bytes.data() + text.bytes.size());
         double d = 0;
         const QByteArrayView number(first, text.bytes.data() + text.bytes.size());
         if (NumberText::parseReal(number, d) == NumberText::Status::Malformed)
@@ -802,14 +748,14 @@ private:
             return readText(tag, text) && makeData(text, value);
         text = emptyTextHere();
         const char *limit = _end - _p > kLargeData ? _p + kLargeData : _end;
-        unsigned high = 0;
-        const char *stop = scanText(_p, limit, high);
+        bool nonAscii = false;
+        const char *stop = SimdText::findMarkup(_p, limit, nonAscii);
         if (stop == limit && limit != _end) {
             if (readLargeData(tag, value))
                 return true;
-            stop = scanText(limit, _end, high);
+            stop = SimdText::findMarkup(limit, _end, nonAscii);
         }
-        return finishText(tag, text, stop, high) && makeData(text, value);
+        return finishText(tag, text, stop, nonAscii) && makeData(text, value);
     }
 
     // Plain Base64 closed by its end tag; anything else (references, CDATA,

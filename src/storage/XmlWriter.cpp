@@ -1,5 +1,6 @@
 #include "XmlWriter.h"
 
+#include "SimdText.h"
 #include "UnicodeText.h"
 #include "XmlBase64.h"
 #include "XmlDate.h"
@@ -12,10 +13,6 @@
 #include <cmath>
 #include <cstring>
 #include <vector>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 namespace {
 
@@ -127,74 +124,19 @@ char *escapedUnit(char32_t c, char *out)
     }
 }
 
-// Latin-1 units that need more than themselves: the escaped five and
-// everything beyond ASCII, which takes two bytes of UTF-8.
-constexpr std::array<bool, 256> kSpecialLatin1 = [] {
-    std::array<bool, 256> table{};
-    for (int c = 0x80; c < 256; ++c)
-        table[size_t(c)] = true;
-    for (const char c : {'&', '<', '>', '\'', '"'})
-        table[size_t(c)] = true;
-    return table;
-}();
-
-// Whether any of 16 bytes is special, for long strings.
-bool cleanBlock(const char *p)
-{
-#ifdef __SSE2__
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-    __m128i hit = _mm_cmpeq_epi8(v, _mm_set1_epi8('&'));
-    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('<')));
-    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('>')));
-    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('\'')));
-    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('"')));
-    return _mm_movemask_epi8(_mm_or_si128(hit, v)) == 0; // the sign bit marks non-ASCII
-#else
-    for (int i = 0; i < 16; ++i) {
-        if (kSpecialLatin1[static_cast<unsigned char>(p[i])])
-            return false;
-    }
-    return true;
-#endif
-}
-
-// Whether any of 8 bytes is special: a zero byte in word ^ c marks c.
-bool cleanWord(const char *p)
-{
-    constexpr quint64 kOnes = 0x0101010101010101ull;
-    constexpr quint64 kHighs = 0x8080808080808080ull;
-    quint64 word;
-    std::memcpy(&word, p, 8);
-    auto hasByte = [word](char c) {
-        const quint64 x = word ^ (kOnes * static_cast<unsigned char>(c));
-        return (x - kOnes) & ~x & kHighs;
-    };
-    return ((word & kHighs) | hasByte('&') | hasByte('<') | hasByte('>') | hasByte('\'') |
-            hasByte('"')) == 0;
-}
-
 char *escapedLatin1(QLatin1StringView s, char *out)
 {
     const char *p = s.data();
     const char *const end = p + s.size();
-    while (end - p >= 16 && cleanBlock(p)) {
-        std::memcpy(out, p, 16);
-        p += 16;
-        out += 16;
+    for (;;) {
+        const char *special = SimdText::findXmlSpecial(p, end);
+        std::memcpy(out, p, size_t(special - p));
+        out += special - p;
+        if (special == end)
+            return out;
+        out = escapedUnit(static_cast<unsigned char>(*special), out);
+        p = special + 1;
     }
-    if (end - p >= 8 && cleanWord(p)) {
-        std::memcpy(out, p, 8);
-        p += 8;
-        out += 8;
-    }
-    for (; p < end; ++p) {
-        const auto c = static_cast<unsigned char>(*p);
-        if (kSpecialLatin1[c])
-            out = escapedUnit(c, out);
-        else
-            *out++ = char(c);
-    }
-    return out;
 }
 
 char *escapedUtf16(QStringView s, char *out)
