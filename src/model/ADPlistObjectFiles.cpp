@@ -2,7 +2,7 @@
 
 #include "ADPlistObject.h"
 
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
 #include "shared/KZError.h"
 #include "shared/KZLocalizedString.h"
 #include "storage/PlistSerialization.h"
@@ -39,15 +39,14 @@ struct FileBytes
     std::optional<KZError> error;
 };
 
-// The bytes of an open file. A big buffer gets huge pages before it is filled:
-// the XML reader may decode data over it, and the data may then keep it.
+// The bytes of an open file. A big buffer gets huge pages before it is
+// filled: large binary data may share it.
 QByteArray readAllOf(QFile &file)
 {
     const qint64 size = file.size();
     if (size <= 0)
         return file.readAll(); // empty, or no regular file
-    QByteArray bytes(size, Qt::Uninitialized);
-    plist_detail::adviseHugePages(bytes.data(), size_t(size));
+    QByteArray bytes = HugePages::buffer(size);
     const qint64 read = file.read(bytes.data(), size);
     bytes.truncate(std::max<qint64>(read, 0));
     if (read == size)

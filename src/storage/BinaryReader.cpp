@@ -4,7 +4,7 @@
 #include "SharedSlice.h"
 #include "SimdText.h"
 #include "UnicodeText.h"
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -585,8 +585,7 @@ bool Parser::readData(quint64 offset, PlistValue &out)
         out = PlistValue::dataCopy(QByteArrayView(_data + start, qsizetype(length)));
         return true;
     }
-    QByteArray bytes(qsizetype(length), Qt::Uninitialized);
-    plist_detail::adviseHugePages(bytes.data(), size_t(length));
+    QByteArray bytes = HugePages::buffer(qsizetype(length));
     std::memcpy(bytes.data(), _data + start, size_t(length));
     out = PlistValue::data(bytes);
     return true;

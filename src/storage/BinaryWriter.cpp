@@ -2,7 +2,7 @@
 
 #include "ParallelParts.h"
 
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
@@ -461,9 +461,8 @@ QByteArray Writer::layOut()
     const quint64 tableOffset = _fixedBytes + _refs.size() * quint64(_refSize);
     const int offsetSize = widthFor(tableOffset);
     const quint64 total = tableOffset + objectCount * quint64(offsetSize) + kTrailerSize;
-    QByteArray file(qsizetype(total), Qt::Uninitialized);
+    QByteArray file = HugePages::buffer(qsizetype(total));
     char *const begin = file.data();
-    plist_detail::adviseHugePages(begin, size_t(total));
     char *table = begin + tableOffset;
     std::memcpy(begin, "bplist00", kHeaderSize);
     _cursor = begin + kHeaderSize;

@@ -3,7 +3,7 @@
 #include "ParallelParts.h"
 #include "SimdText.h"
 #include "SizeThreshold.h"
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
 
 #include <algorithm>
 #include <array>
@@ -202,7 +202,7 @@ bool decodeGrowing(QByteArrayView text, qsizetype window, QByteArray &out, qsize
         window *= 2;
         // Three bytes a group, and room for what the carried digits complete.
         out.resize(used + (limit - i) / 4 * 3 + 6);
-        plist_detail::adviseHugePages(out.data() + used, size_t(out.size() - used));
+        HugePages::advise(out.data() + used, size_t(out.size() - used));
         char *o = out.data() + used;
         const qsizetype stop = decodeRun(in, i, limit, o, state);
         used = o - out.data();

@@ -4,7 +4,7 @@
 #include "UnicodeText.h"
 #include "XmlBase64.h"
 #include "XmlDate.h"
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -65,8 +65,7 @@ public:
     // pages before anything touches it.
     void grow(qsizetype size)
     {
-        QByteArray bigger(size, Qt::Uninitialized);
-        plist_detail::adviseHugePages(bigger.data(), size_t(size));
+        QByteArray bigger = HugePages::buffer(size);
         std::memcpy(bigger.data(), _bytes.constData(), size_t(_used));
         _bytes.swap(bigger);
     }
