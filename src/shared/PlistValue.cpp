@@ -486,15 +486,6 @@ QByteArrayView PlistValue::dataView() const noexcept
     return QByteArrayView(small->bytes(), qsizetype(small->length));
 }
 
-void PlistValue::detachDataStorage()
-{
-    PlistNode *n = node();
-    if (!n || n->kind != NodeKind::Data)
-        return;
-    QByteArray &bytes = static_cast<DataNode *>(n)->bytes;
-    bytes = QByteArray(bytes.constData(), bytes.size());
-}
-
 PlistArray PlistValue::toArray() const noexcept
 {
     return isArray() ? PlistArray(*this) : PlistArray();

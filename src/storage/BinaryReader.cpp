@@ -8,6 +8,7 @@
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "shared/PlistValueInternals.h"
 
 #include <QtEndian>
 
@@ -16,6 +17,8 @@
 #include <cstring>
 #include <optional>
 #include <vector>
+
+using plist_detail::PlistValueInternals;
 
 namespace {
 
@@ -103,7 +106,7 @@ QString markerName(uchar marker)
 // A kept leaf is copied; one just read is moved.
 PlistValue take(const PlistValue *value, PlistValue &fresh)
 {
-    return value == &fresh ? std::move(fresh) : value->unpublishedCopy();
+    return value == &fresh ? std::move(fresh) : PlistValueInternals::unpublishedCopy(*value);
 }
 
 // One read of one file: the trailer's facts, the leaves read so far and the
@@ -373,7 +376,7 @@ void Parser::remember(quint64 object, const PlistValue &leaf)
     }
     if (_leaves.empty())
         _leaves.resize(_objectCount);
-    _leaves[object] = leaf.unpublishedCopy();
+    _leaves[object] = PlistValueInternals::unpublishedCopy(leaf);
 }
 
 // Keys are strings. Integer keys, which some writers emit, become their

@@ -5,6 +5,7 @@
 #include "shared/HugePages.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "shared/PlistValueInternals.h"
 
 #include <QHashFunctions>
 #include <QtEndian>
@@ -15,6 +16,8 @@
 #include <type_traits>
 #include <unordered_set>
 #include <vector>
+
+using plist_detail::PlistValueInternals;
 
 namespace {
 
@@ -309,8 +312,8 @@ bool Writer::flatten(const PlistValue &top)
         const qsizetype i = frame.next++;
         const bool isArray = !frame.array.isNull();
         if (i + kAhead < frame.count)
-            (isArray ? frame.array.at(i + kAhead) : frame.dictionary.valueAt(i + kAhead))
-                .prefetch();
+            PlistValueInternals::prefetch(isArray ? frame.array.at(i + kAhead)
+                                                  : frame.dictionary.valueAt(i + kAhead));
         const PlistValue &child = isArray ? frame.array.at(i) : frame.dictionary.valueAt(i);
         const quint64 slot = frame.firstRef + quint64(isArray ? i : frame.count + i);
         if (!number(child, index)) // may push, which moves `frame`
@@ -359,7 +362,7 @@ bool Writer::open(const PlistValue &value, quint32 &index)
     _fixedBytes += headerSize(quint64(frame.count));
     for (qsizetype i = 0; !frame.dictionary.isNull() && i < frame.count; ++i) {
         if (i + kAhead < frame.count)
-            frame.dictionary.keyValueAt(i + kAhead).prefetch();
+            PlistValueInternals::prefetch(frame.dictionary.keyValueAt(i + kAhead));
         quint32 key = 0;
         if (!leafIndex(frame.dictionary.keyValueAt(i), key))
             return false;

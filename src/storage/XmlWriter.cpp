@@ -8,11 +8,14 @@
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "shared/PlistValueInternals.h"
 
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <vector>
+
+using plist_detail::PlistValueInternals;
 
 namespace {
 
@@ -204,11 +207,11 @@ private:
         if (i >= frame.count)
             return;
         if (frame.dict.isNull()) {
-            frame.array.at(i).prefetch();
+            PlistValueInternals::prefetch(frame.array.at(i));
             return;
         }
-        frame.dict.keyValueAt(i).prefetch();
-        frame.dict.valueAt(i).prefetch();
+        PlistValueInternals::prefetch(frame.dict.keyValueAt(i));
+        PlistValueInternals::prefetch(frame.dict.valueAt(i));
     }
 
     bool entry(const PlistDictionary &dict, qsizetype i, int indent)
