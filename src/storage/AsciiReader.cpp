@@ -88,40 +88,52 @@ int base64Value(char c)
     return -1;
 }
 
-std::optional<PlistValue> typedInteger(std::string_view text)
+// The value of a typed form's contents, or the kind of mistake they hold.
+ReadError::Kind typedInteger(QByteArrayView text, PlistValue &out)
 {
     NumberText::Integer integer;
-    if (NumberText::parseInteger(QByteArrayView(text.data(), qsizetype(text.size())),
-                                 NumberText::Decimal, integer) != NumberText::Status::Ok)
-        return std::nullopt;
-    return integer.negative ? PlistValue(integer.toSigned()) : PlistValue(integer.magnitude);
+    switch (NumberText::parseInteger(text, NumberText::Decimal, integer)) {
+    case NumberText::Status::Ok:
+        out = integer.negative ? PlistValue(integer.toSigned()) : PlistValue(integer.magnitude);
+        return ReadError::Kind::None;
+    case NumberText::Status::OutOfRange:
+        return ReadError::Kind::OutOfRange;
+    case NumberText::Status::Malformed:
+        break;
+    }
+    return ReadError::Kind::Number;
 }
 
-std::optional<PlistValue> typedReal(std::string_view text)
+ReadError::Kind typedReal(QByteArrayView text, PlistValue &out)
 {
     double value = 0;
-    if (NumberText::parseReal(QByteArrayView(text.data(), qsizetype(text.size())), value) !=
-        NumberText::Status::Ok)
-        return std::nullopt;
-    return PlistValue(value);
+    switch (NumberText::parseReal(text, value)) {
+    case NumberText::Status::Ok:
+        out = PlistValue(value);
+        return ReadError::Kind::None;
+    case NumberText::Status::OutOfRange:
+        return ReadError::Kind::OutOfRange;
+    case NumberText::Status::Malformed:
+        break;
+    }
+    return ReadError::Kind::Number;
 }
 
-std::optional<PlistValue> typedBoolean(std::string_view text)
+ReadError::Kind typedBoolean(QByteArrayView text, PlistValue &out)
 {
-    if (text == "Y")
-        return PlistValue(true);
-    if (text == "N")
-        return PlistValue(false);
-    return std::nullopt;
+    if (text != "Y" && text != "N")
+        return ReadError::Kind::Syntax;
+    out = PlistValue(text == "Y");
+    return ReadError::Kind::None;
 }
 
-std::optional<PlistValue> typedDate(std::string_view text)
+ReadError::Kind typedDate(QByteArrayView text, PlistValue &out)
 {
-    const std::optional<double> date =
-        AsciiDate::parse(QByteArrayView(text.data(), qsizetype(text.size())));
+    const std::optional<double> date = AsciiDate::parse(text);
     if (!date)
-        return std::nullopt;
-    return PlistValue::date(*date);
+        return ReadError::Kind::Date;
+    out = PlistValue::date(*date);
+    return ReadError::Kind::None;
 }
 
 /// One pass over checked UTF-8 text; open containers on `_open`.
@@ -133,10 +145,9 @@ public:
         : _begin(text.data()), _p(_begin), _end(_begin + text.size())
     {}
 
-    /// The document's value, or none with `errorOffset()` and `errorMessage()` set.
+    /// The document's value, or none with `failure()` set.
     PlistValue parse();
-    qsizetype errorOffset() const { return _errorAt - _begin; }
-    const QString &errorMessage() const { return _error; }
+    const JsonEncoding::Failure &failure() const { return _failure; }
 
 private:
     // What a step left: an error, a finished value, or an open container
@@ -175,7 +186,7 @@ private:
     Step readBase64(const char *start, PlistValue &out);
     Step readTyped(const char *start, PlistValue &out);
 
-    Step fail(const char *at, const QString &message);
+    Step fail(const char *at, ReadError::Kind kind, const QString &message);
     QString describe(const char *p) const;
     QString found() const { return describe(_p); }
     QString unclosed() const;
@@ -186,8 +197,7 @@ private:
     Builder _open;
     StringCache _strings;
     std::u16string _buffer; // the units of a string being decoded
-    const char *_errorAt = nullptr;
-    QString _error;
+    JsonEncoding::Failure _failure;
 };
 
 PlistValue Parser::parse()
@@ -212,8 +222,9 @@ PlistValue Parser::parse()
     if (run(step, value) == Step::Failed || !skipBlanks())
         return {};
     if (_p != _end) {
-        fail(_p, QStringLiteral("expected the end of the text after the property list, found %1")
-                     .arg(found()));
+        fail(_p, ReadError::Kind::TrailingContent,
+             QStringLiteral("expected the end of the text after the property list, found %1")
+                 .arg(found()));
         return {};
     }
     return value;
@@ -241,7 +252,8 @@ Parser::Step Parser::startValue(PlistValue &out)
     if (!skipBlanks())
         return Step::Failed;
     if (_p == _end)
-        return fail(_p, QStringLiteral("expected a value, found the end of the text"));
+        return fail(_p, ReadError::Kind::Truncated,
+                    QStringLiteral("expected a value, found the end of the text"));
     switch (*_p) {
     case '{':
         _open.open(Builder::Kind::Dictionary, {_p++, false});
@@ -259,7 +271,8 @@ Parser::Step Parser::startValue(PlistValue &out)
     }
     if (isUnquotedAt(_p, _end))
         return readUnquoted(out);
-    return fail(_p, QStringLiteral("expected a value, found %1").arg(found()));
+    return fail(_p, ReadError::Kind::Syntax,
+                QStringLiteral("expected a value, found %1").arg(found()));
 }
 
 Parser::Step Parser::attach(PlistValue element, PlistValue &out)
@@ -276,15 +289,17 @@ Parser::Step Parser::attach(PlistValue element, PlistValue &out)
             ++_p;
             return close(out);
         }
-        return fail(_p, QStringLiteral("expected ',' or ')' after an array element, found %1%2")
-                            .arg(found(), unclosed()));
+        return fail(_p, ReadError::Kind::Syntax,
+                    QStringLiteral("expected ',' or ')' after an array element, found %1%2")
+                        .arg(found(), unclosed()));
     }
     if (_p < _end && *_p == ';') {
         ++_p;
         return Step::Next;
     }
-    return fail(_p, QStringLiteral("expected ';' after the value of \"%1\", found %2%3")
-                        .arg(_open.lastKey().toString(), found(), unclosed()));
+    return fail(_p, ReadError::Kind::Syntax,
+                QStringLiteral("expected ';' after the value of \"%1\", found %2%3")
+                    .arg(_open.lastKey().toString(), found(), unclosed()));
 }
 
 Parser::Step Parser::nextInArray(PlistValue &out)
@@ -293,8 +308,9 @@ Parser::Step Parser::nextInArray(PlistValue &out)
         if (!skipBlanks())
             return Step::Failed;
         if (_p == _end)
-            return fail(_p, QStringLiteral("expected a value or ')', found the end of the text%1")
-                                .arg(unclosed()));
+            return fail(_p, ReadError::Kind::Truncated,
+                        QStringLiteral("expected a value or ')', found the end of the text%1")
+                            .arg(unclosed()));
         if (*_p == ')') {
             ++_p;
             return close(out);
@@ -335,8 +351,9 @@ Parser::Step Parser::nextInDictionary(PlistValue &out)
             _open.add(std::move(key));
             return startValue(out);
         }
-        return fail(_p, QStringLiteral("expected '=' or ';' after the key \"%1\", found %2%3")
-                            .arg(key.toString(), found(), unclosed()));
+        return fail(_p, ReadError::Kind::Syntax,
+                    QStringLiteral("expected '=' or ';' after the key \"%1\", found %2%3")
+                        .arg(key.toString(), found(), unclosed()));
     }
 }
 
@@ -368,8 +385,9 @@ bool Parser::skipBlanks()
         for (;;) {
             star = static_cast<const char *>(std::memchr(star, '*', size_t(_end - star)));
             if (!star || _end - star < 2) {
-                fail(start, QStringLiteral("the comment is not closed: expected '*/' before the "
-                                           "end of the text"));
+                fail(start, ReadError::Kind::Truncated,
+                     QStringLiteral("the comment is not closed: expected '*/' before the "
+                                    "end of the text"));
                 return false;
             }
             if (star[1] == '/')
@@ -387,7 +405,7 @@ bool Parser::checkText(const char *from, const char *to)
 {
     if (UnicodeText::firstFlaw(QByteArrayView(from, to), UnicodeText::Nul::Refused) < 0)
         return true;
-    fail(from, QStringLiteral("the text is not valid UTF-8"));
+    fail(from, ReadError::Kind::Encoding, QStringLiteral("the text is not valid UTF-8"));
     return false;
 }
 
@@ -398,7 +416,7 @@ Parser::Step Parser::readKey(PlistValue &out)
     if (_p < _end && isUnquotedAt(_p, _end))
         return readUnquoted(out);
     const bool stringsFile = inStringsFile();
-    return fail(_p,
+    return fail(_p, ReadError::Kind::Syntax,
                 QStringLiteral("expected a key%1, found %2%3")
                     .arg(stringsFile ? QString() : QStringLiteral(" or '}'"), found(), unclosed()));
 }
@@ -448,9 +466,10 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
     for (;;) {
         _buffer.append(run, _p);
         if (_p == _end)
-            return fail(start, QStringLiteral("the quoted string is not closed: expected %1 "
-                                              "before the end of the text")
-                                   .arg(quote));
+            return fail(start, ReadError::Kind::Truncated,
+                        QStringLiteral("the quoted string is not closed: expected %1 "
+                                       "before the end of the text")
+                            .arg(quote));
         const auto c = uchar(*_p);
         if (c == uchar(quote)) {
             ++_p;
@@ -472,7 +491,7 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
 bool Parser::readCharacter()
 {
     if (*_p == 0 || UnicodeText::sequenceLength(_p, _end) == 0) {
-        fail(_p, QStringLiteral("the text is not valid UTF-8"));
+        fail(_p, ReadError::Kind::Encoding, QStringLiteral("the text is not valid UTF-8"));
         return false;
     }
     UnicodeText::appendUtf16(_buffer, UnicodeText::decode(_p));
@@ -483,9 +502,10 @@ bool Parser::readEscape(const char *start)
 {
     const char *escape = _p++;
     if (_p == _end) {
-        fail(start, QStringLiteral("the quoted string is not closed: expected %1 before the end "
-                                   "of the text")
-                        .arg(*start));
+        fail(start, ReadError::Kind::Truncated,
+             QStringLiteral("the quoted string is not closed: expected %1 before the end "
+                            "of the text")
+                 .arg(*start));
         return false;
     }
     const char c = *_p++;
@@ -522,8 +542,9 @@ bool Parser::readHexEscape(const char *escape, int maxDigits)
     for (; digits < maxDigits && _p < _end && hexValue(*_p) >= 0; ++digits)
         value = char16_t(value * 16 + hexValue(*_p++));
     if (digits == 0) {
-        fail(escape, QStringLiteral("expected a hexadecimal digit after '\\%1', found %2")
-                         .arg(QChar(escape[1]), found()));
+        fail(escape, ReadError::Kind::Escape,
+             QStringLiteral("expected a hexadecimal digit after '\\%1', found %2")
+                 .arg(QChar(escape[1]), found()));
         return false;
     }
     _buffer.push_back(value);
@@ -551,8 +572,9 @@ Parser::Step Parser::readHexData(const char *start, PlistValue &out)
             continue;
         const int digit = hexValue(*_p);
         if (digit < 0)
-            return fail(_p, QStringLiteral("expected a hexadecimal digit or '>' in data, found %1")
-                                .arg(found()));
+            return fail(_p, ReadError::Kind::Data,
+                        QStringLiteral("expected a hexadecimal digit or '>' in data, found %1")
+                            .arg(found()));
         if (pending < 0) {
             pending = digit;
         } else {
@@ -561,11 +583,13 @@ Parser::Step Parser::readHexData(const char *start, PlistValue &out)
         }
     }
     if (_p == _end)
-        return fail(start, QStringLiteral("the data is not closed: expected '>' before the end "
-                                          "of the text"));
+        return fail(start, ReadError::Kind::Truncated,
+                    QStringLiteral("the data is not closed: expected '>' before the end "
+                                   "of the text"));
     if (pending >= 0)
-        return fail(_p, QStringLiteral("the data ends in half a byte: expected an even number of "
-                                       "hexadecimal digits"));
+        return fail(_p, ReadError::Kind::Data,
+                    QStringLiteral("the data ends in half a byte: expected an even number of "
+                                   "hexadecimal digits"));
     ++_p;
     data.truncate(next - data.data());
     out = PlistValue::data(data);
@@ -588,7 +612,8 @@ Parser::Step Parser::readBase64(const char *start, PlistValue &out)
         if (value < 0)
             continue; // GNUstep skips what is not base64
         if (padded)
-            return fail(_p, QStringLiteral("base64 data goes on after its padding '='"));
+            return fail(_p, ReadError::Kind::Data,
+                        QStringLiteral("base64 data goes on after its padding '='"));
         bits = bits << 6 | quint32(value);
         if (++count % 4 == 0) {
             const char bytes[] = {char(bits >> 16), char(bits >> 8), char(bits)};
@@ -596,15 +621,18 @@ Parser::Step Parser::readBase64(const char *start, PlistValue &out)
         }
     }
     if (_p == _end)
-        return fail(start, QStringLiteral("the base64 data is not closed: expected ']>' before "
-                                          "the end of the text"));
+        return fail(start, ReadError::Kind::Truncated,
+                    QStringLiteral("the base64 data is not closed: expected ']>' before "
+                                   "the end of the text"));
     if (!checkText(start, _p))
         return Step::Failed;
     if (_end - _p < 2 || _p[1] != '>')
-        return fail(_p + 1, QStringLiteral("expected '>' after ']' of base64 data, found %1")
-                                .arg(describe(_p + 1)));
+        return fail(_p + 1, ReadError::Kind::Syntax,
+                    QStringLiteral("expected '>' after ']' of base64 data, found %1")
+                        .arg(describe(_p + 1)));
     if (count % 4 == 1)
-        return fail(start, QStringLiteral("the base64 data ends in a lone character"));
+        return fail(start, ReadError::Kind::Data,
+                    QStringLiteral("the base64 data ends in a lone character"));
     if (count % 4 == 2)
         data.append(char(bits >> 4));
     if (count % 4 == 3) {
@@ -620,75 +648,65 @@ Parser::Step Parser::readTyped(const char *start, PlistValue &out)
 {
     _p = start + 2;
     if (_p == _end)
-        return fail(_p,
+        return fail(_p, ReadError::Kind::Truncated,
                     QStringLiteral("expected I, R, B or D after '<*', found the end of the text"));
     const char type = *_p;
     if (type != 'I' && type != 'R' && type != 'B' && type != 'D')
-        return fail(_p, QStringLiteral("expected I, R, B or D after '<*', found %1").arg(found()));
+        return fail(_p, ReadError::Kind::UnknownType,
+                    QStringLiteral("expected I, R, B or D after '<*', found %1").arg(found()));
     ++_p;
     if (_p < _end && *_p == '"')
         ++_p; // GNUstep may quote the contents
     const char *contents = _p;
     while (_p < _end && *_p != '>' && *_p != '"')
         ++_p;
-    const std::string_view text(contents, size_t(_p - contents));
+    const QByteArrayView text(contents, _p);
     if (!checkText(contents, _p))
         return Step::Failed;
     if (_p < _end && *_p == '"')
         ++_p;
     if (_p == _end || *_p != '>')
-        return fail(_p,
+        return fail(_p, ReadError::Kind::Syntax,
                     QStringLiteral("expected '>' to close the typed value, found %1").arg(found()));
     ++_p;
-    std::optional<PlistValue> value;
+    ReadError::Kind mistake = ReadError::Kind::None;
     QString expected;
     switch (type) {
     case 'I':
-        value = typedInteger(text);
+        mistake = typedInteger(text, out);
         expected = QStringLiteral("a 64-bit integer");
         break;
     case 'R':
-        value = typedReal(text);
+        mistake = typedReal(text, out);
         expected = QStringLiteral("a real number");
         break;
     case 'B':
-        value = typedBoolean(text);
+        mistake = typedBoolean(text, out);
         expected = QStringLiteral("Y or N");
         break;
     default:
-        value = typedDate(text);
+        mistake = typedDate(text, out);
         expected = QStringLiteral("a date \"YYYY-MM-DD HH:MM:SS +HHMM\"");
         break;
     }
-    if (!value)
-        return fail(contents,
+    if (mistake != ReadError::Kind::None)
+        return fail(contents, mistake,
                     QStringLiteral("expected %1 in '<*%2...>', found \"%3\"")
                         .arg(expected, QChar(type),
-                             QString::fromUtf8(text.data(), qMin<qsizetype>(text.size(), 40))));
-    out = std::move(*value);
+                             QString::fromUtf8(text.first(qMin<qsizetype>(text.size(), 40)))));
     return Step::Value;
 }
 
-Parser::Step Parser::fail(const char *at, const QString &message)
+Parser::Step Parser::fail(const char *at, ReadError::Kind kind, const QString &message)
 {
-    _errorAt = at;
-    _error = message;
+    _failure = JsonEncoding::failure(_begin, _end, at, kind, message);
     return Step::Failed;
 }
 
 QString Parser::describe(const char *p) const
 {
-    if (p >= _end)
-        return QStringLiteral("the end of the text");
-    const auto c = uchar(*p);
-    if (c >= 0x20 && c < 0x7F)
-        return QStringLiteral("'%1'").arg(QChar(c));
-    if (c < 0x80 || UnicodeText::sequenceLength(p, _end) == 0)
-        return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
-    const char32_t code = UnicodeText::decode(p);
-    return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
+    return JsonEncoding::describe(p, _end);
 }
-
 // For messages at the end of the text: where the open container began.
 QString Parser::unclosed() const
 {
@@ -709,13 +727,14 @@ ReadResult AsciiReader::read(QByteArrayView bytes)
 {
     // Zero bytes are no document at all, unlike white space, which is an empty strings file.
     if (bytes.isEmpty())
-        return ReadResult::failure({QStringLiteral("the data is empty"), 0, 1, 1});
+        return ReadResult::failure(
+            {QStringLiteral("the data is empty"), 0, 1, 1, ReadError::Kind::Empty});
     JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
-    if (!input.error.isEmpty())
-        return ReadResult::failure(input.readError(input.errorAt, input.error));
+    if (input.error.kind != ReadError::Kind::None)
+        return ReadResult::failure(input.error);
     Parser parser(input.text);
     PlistValue value = parser.parse();
     if (!value.isNone())
         return ReadResult::success(std::move(value), ADPlistFormatASCII);
-    return ReadResult::failure(input.parseError(parser.errorOffset(), parser.errorMessage()));
+    return ReadResult::failure(input.parseError(parser.failure()));
 }

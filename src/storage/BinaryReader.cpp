@@ -133,7 +133,7 @@ private:
     };
     using Builder = ContainerBuilder<Opened>;
 
-    bool fail(quint64 offset, const QString &message);
+    bool fail(quint64 offset, ReadError::Kind kind, const QString &message);
     bool readTrailer();
     bool checkTrailer(quint64 at);
     bool step();
@@ -175,28 +175,32 @@ private:
     ReadError _error;
 };
 
-bool Parser::fail(quint64 offset, const QString &message)
+bool Parser::fail(quint64 offset, ReadError::Kind kind, const QString &message)
 {
     _error.message = message;
     _error.offset = qint64(offset);
+    _error.kind = kind;
     return false;
 }
 
 bool Parser::truncated(quint64 offset, const QString &what)
 {
-    return fail(offset, QStringLiteral("%1 runs past the end of the objects at byte %2")
-                            .arg(what)
-                            .arg(_tableOffset));
+    return fail(offset, ReadError::Kind::Truncated,
+                QStringLiteral("%1 runs past the end of the objects at byte %2")
+                    .arg(what)
+                    .arg(_tableOffset));
 }
 
 bool Parser::readTrailer()
 {
     if (_size < 7 || std::memcmp(_data, "bplist0", 7) != 0)
-        return fail(0, QStringLiteral("expected the binary property list magic \"bplist0\""));
+        return fail(0, ReadError::Kind::Header,
+                    QStringLiteral("expected the binary property list magic \"bplist0\""));
     if (_size < kHeaderSize + kTrailerSize)
-        return fail(0, QStringLiteral("expected at least 40 bytes for the header and trailer, "
-                                      "found %1")
-                           .arg(_size));
+        return fail(0, ReadError::Kind::Header,
+                    QStringLiteral("expected at least 40 bytes for the header and trailer, "
+                                   "found %1")
+                        .arg(_size));
     const quint64 at = _size - kTrailerSize;
     const uchar *trailer = _data + at;
     _offsetSize = trailer[kTrailerOffsetSize];
@@ -212,33 +216,33 @@ bool Parser::checkTrailer(quint64 at)
 {
     if (_offsetSize < 1 || _offsetSize > 8)
         return fail(
-            at + kTrailerOffsetSize,
+            at + kTrailerOffsetSize, ReadError::Kind::Header,
             QStringLiteral("expected an offset size of 1 to 8 bytes, found %1").arg(_offsetSize));
     if (_refSize < 1 || _refSize > 8)
-        return fail(at + kTrailerRefSize,
+        return fail(at + kTrailerRefSize, ReadError::Kind::Header,
                     QStringLiteral("expected an object reference size of 1 to 8 bytes, found %1")
                         .arg(_refSize));
     if (_objectCount == 0)
-        return fail(at + kTrailerObjectCount,
+        return fail(at + kTrailerObjectCount, ReadError::Kind::Header,
                     QStringLiteral("expected at least one object, found none"));
     if (_topObject >= _objectCount)
-        return fail(at + kTrailerTopObject,
+        return fail(at + kTrailerTopObject, ReadError::Kind::Header,
                     QStringLiteral("top object %1 is out of range: the file has %2 objects")
                         .arg(_topObject)
                         .arg(_objectCount));
     if (_tableOffset <= kHeaderSize)
-        return fail(at + kTrailerTableOffset,
+        return fail(at + kTrailerTableOffset, ReadError::Kind::Header,
                     QStringLiteral("the offset table starts at byte %1, leaving no room for "
                                    "objects after the header")
                         .arg(_tableOffset));
     if (_tableOffset >= at)
-        return fail(at + kTrailerTableOffset,
+        return fail(at + kTrailerTableOffset, ReadError::Kind::Header,
                     QStringLiteral("the offset table starts at byte %1, not before the trailer "
                                    "at byte %2")
                         .arg(_tableOffset)
                         .arg(at));
     if (_objectCount > (at - _tableOffset) / _offsetSize) // a product could wrap
-        return fail(at + kTrailerObjectCount,
+        return fail(at + kTrailerObjectCount, ReadError::Kind::Header,
                     QStringLiteral("an offset table of %1 entries, %2 bytes each, does not fit in "
                                    "the %3 bytes between byte %4 and the trailer")
                         .arg(_objectCount)
@@ -246,12 +250,12 @@ bool Parser::checkTrailer(quint64 at)
                         .arg(at - _tableOffset)
                         .arg(_tableOffset));
     if (_objectCount - 1 > largestOfWidth(_refSize))
-        return fail(at + kTrailerRefSize,
+        return fail(at + kTrailerRefSize, ReadError::Kind::Header,
                     QStringLiteral("%1-byte object references cannot reach all %2 objects")
                         .arg(_refSize)
                         .arg(_objectCount));
     if (_tableOffset - 1 > largestOfWidth(_offsetSize))
-        return fail(at + kTrailerOffsetSize,
+        return fail(at + kTrailerOffsetSize, ReadError::Kind::Header,
                     QStringLiteral("%1-byte offsets cannot reach objects up to byte %2")
                         .arg(_offsetSize)
                         .arg(_tableOffset - 1));
@@ -322,9 +326,10 @@ bool Parser::readReference(quint64 at, quint64 &object)
 {
     object = readBigEndian(_data + at, _refSize);
     if (object >= _objectCount)
-        return fail(at, QStringLiteral("reference to object %1, but the file has %2 objects")
-                            .arg(object)
-                            .arg(_objectCount));
+        return fail(at, ReadError::Kind::Reference,
+                    QStringLiteral("reference to object %1, but the file has %2 objects")
+                        .arg(object)
+                        .arg(_objectCount));
     return true;
 }
 
@@ -333,15 +338,17 @@ bool Parser::objectOffset(quint64 object, quint64 &offset)
     const quint64 entry = _tableOffset + object * _offsetSize; // the table fits, so no wrap
     offset = readBigEndian(_data + entry, _offsetSize);
     if (offset < kHeaderSize)
-        return fail(entry, QStringLiteral("object %1 starts at byte %2, inside the header")
-                               .arg(object)
-                               .arg(offset));
+        return fail(entry, ReadError::Kind::Reference,
+                    QStringLiteral("object %1 starts at byte %2, inside the header")
+                        .arg(object)
+                        .arg(offset));
     if (offset >= _tableOffset)
-        return fail(entry, QStringLiteral("object %1 starts at byte %2, past the objects, which "
-                                          "end at byte %3")
-                               .arg(object)
-                               .arg(offset)
-                               .arg(_tableOffset));
+        return fail(entry, ReadError::Kind::Reference,
+                    QStringLiteral("object %1 starts at byte %2, past the objects, which "
+                                   "end at byte %3")
+                        .arg(object)
+                        .arg(offset)
+                        .arg(_tableOffset));
     return true;
 }
 
@@ -394,10 +401,11 @@ bool Parser::readKey(quint64 refAt, PlistValue &fresh, const PlistValue *&key)
         const uchar marker = _data[offset];
         const uchar kind = marker >> 4;
         if (kind != 0x1 && kind != 0x5 && kind != 0x6)
-            return fail(refAt, QStringLiteral("expected a string as dictionary key, found %1 "
-                                              "(object %2)")
-                                   .arg(markerName(marker))
-                                   .arg(object));
+            return fail(refAt, ReadError::Kind::Structure,
+                        QStringLiteral("expected a string as dictionary key, found %1 "
+                                       "(object %2)")
+                            .arg(markerName(marker))
+                            .arg(object));
         if (!readLeaf(offset, fresh))
             return false;
         remember(object, fresh);
@@ -405,9 +413,10 @@ bool Parser::readKey(quint64 refAt, PlistValue &fresh, const PlistValue *&key)
     if (key->isString())
         return true;
     if (!key->isInteger())
-        return fail(refAt, QStringLiteral("expected a string as dictionary key, found object %1 "
-                                          "of another kind")
-                               .arg(object));
+        return fail(refAt, ReadError::Kind::Structure,
+                    QStringLiteral("expected a string as dictionary key, found object %1 "
+                                   "of another kind")
+                        .arg(object));
     char text[NumberText::kMaxIntegerLength];
     const char *end = key->isUnsigned() ? NumberText::formatInteger(key->toUnsigned(), text)
                                         : NumberText::formatInteger(key->toInteger(), text);
@@ -419,7 +428,7 @@ bool Parser::readKey(quint64 refAt, PlistValue &fresh, const PlistValue *&key)
 bool Parser::openContainer(quint64 object, quint64 offset, quint64 refAt)
 {
     if (_state[object] & kOnPath)
-        return fail(refAt,
+        return fail(refAt, ReadError::Kind::Cycle,
                     QStringLiteral("object %1 contains itself (a reference cycle)").arg(object));
     quint64 start = 0;
     quint64 count = 0;
@@ -429,7 +438,7 @@ bool Parser::openContainer(quint64 object, quint64 offset, quint64 refAt)
     const quint64 entryBytes = isDictionary ? 2 * _refSize : _refSize;
     if (count > (_tableOffset - start) / entryBytes)
         return fail(
-            offset,
+            offset, ReadError::Kind::Truncated,
             QStringLiteral("%1 of %2 entries needs more than the %3 bytes left before "
                            "the offset table")
                 .arg(isDictionary ? QStringLiteral("a dictionary") : QStringLiteral("an array"))
@@ -437,9 +446,10 @@ bool Parser::openContainer(quint64 object, quint64 offset, quint64 refAt)
                 .arg(_tableOffset - start));
     const quint64 values = isDictionary ? 2 * count : count; // count fits in the file
     if (values > _valuesLeft)
-        return fail(offset, QStringLiteral("the file expands to more than %1 values; a "
-                                           "container is referenced from too many places")
-                                .arg(_size * kValuesPerInputByte));
+        return fail(offset, ReadError::Kind::TooLarge,
+                    QStringLiteral("the file expands to more than %1 values; a "
+                                   "container is referenced from too many places")
+                        .arg(_size * kValuesPerInputByte));
     _valuesLeft -= values;
 
     _open.openSized(isDictionary ? Builder::Kind::Dictionary : Builder::Kind::Array,
@@ -461,9 +471,10 @@ bool Parser::readLength(quint64 offset, quint64 &start, quint64 &length)
         return truncated(offset, QStringLiteral("a length"));
     const uchar marker = _data[start];
     if (marker >> 4 != 0x1 || (marker & 0x0F) > 3)
-        return fail(start, QStringLiteral("expected a length as an integer of 1, 2, 4 or 8 bytes, "
-                                          "found %1")
-                               .arg(hexByte(marker)));
+        return fail(start, ReadError::Kind::Syntax,
+                    QStringLiteral("expected a length as an integer of 1, 2, 4 or 8 bytes, "
+                                   "found %1")
+                        .arg(hexByte(marker)));
     const quint64 width = quint64(1) << (marker & 0x0F);
     if (!fits(start + 1, width))
         return truncated(start, QStringLiteral("a length of %1 bytes").arg(width));
@@ -493,11 +504,13 @@ bool Parser::readLeaf(quint64 offset, PlistValue &out)
     case 0x8:
         return readUid(offset, out);
     case 0xC:
-        return fail(offset, QStringLiteral("found a set (marker %1), which a property list "
-                                           "value cannot hold")
-                                .arg(hexByte(marker)));
+        return fail(offset, ReadError::Kind::Unsupported,
+                    QStringLiteral("found a set (marker %1), which a property list "
+                                   "value cannot hold")
+                        .arg(hexByte(marker)));
     default:
-        return fail(offset, QStringLiteral("unknown object marker %1").arg(hexByte(marker)));
+        return fail(offset, ReadError::Kind::UnknownType,
+                    QStringLiteral("unknown object marker %1").arg(hexByte(marker)));
     }
 }
 
@@ -514,10 +527,12 @@ bool Parser::readSpecial(quint64 offset, PlistValue &out)
         out = PlistValue(true);
         return true;
     case 0x0F:
-        return fail(offset, QStringLiteral("found a fill byte (0x0f), which pads between "
-                                           "objects and is no object itself"));
+        return fail(offset, ReadError::Kind::Unsupported,
+                    QStringLiteral("found a fill byte (0x0f), which pads between "
+                                   "objects and is no object itself"));
     default:
-        return fail(offset, QStringLiteral("unknown object marker %1").arg(hexByte(_data[offset])));
+        return fail(offset, ReadError::Kind::UnknownType,
+                    QStringLiteral("unknown object marker %1").arg(hexByte(_data[offset])));
     }
 }
 
@@ -525,9 +540,10 @@ bool Parser::readInteger(quint64 offset, PlistValue &out)
 {
     const uchar low = _data[offset] & 0x0F;
     if (low > 4)
-        return fail(offset, QStringLiteral("expected an integer of 1, 2, 4, 8 or 16 bytes, "
-                                           "found one of 2^%1 bytes")
-                                .arg(low));
+        return fail(offset, ReadError::Kind::Number,
+                    QStringLiteral("expected an integer of 1, 2, 4, 8 or 16 bytes, "
+                                   "found one of 2^%1 bytes")
+                        .arg(low));
     const quint64 width = quint64(1) << low;
     if (!fits(offset + 1, width))
         return truncated(offset, QStringLiteral("an integer of %1 bytes").arg(width));
@@ -545,8 +561,9 @@ bool Parser::readReal(quint64 offset, PlistValue &out)
 {
     const uchar low = _data[offset] & 0x0F;
     if (low != 2 && low != 3)
-        return fail(offset, QStringLiteral("expected a real of 4 or 8 bytes, found marker %1")
-                                .arg(hexByte(_data[offset])));
+        return fail(offset, ReadError::Kind::Number,
+                    QStringLiteral("expected a real of 4 or 8 bytes, found marker %1")
+                        .arg(hexByte(_data[offset])));
     const quint64 width = quint64(1) << low;
     if (!fits(offset + 1, width))
         return truncated(offset, QStringLiteral("a real of %1 bytes").arg(width));
@@ -561,13 +578,14 @@ bool Parser::readReal(quint64 offset, PlistValue &out)
 bool Parser::readDate(quint64 offset, PlistValue &out)
 {
     if (_data[offset] != 0x33)
-        return fail(offset, QStringLiteral("expected a date of 8 bytes (marker 0x33), found %1")
-                                .arg(hexByte(_data[offset])));
+        return fail(offset, ReadError::Kind::Date,
+                    QStringLiteral("expected a date of 8 bytes (marker 0x33), found %1")
+                        .arg(hexByte(_data[offset])));
     if (!fits(offset + 1, 8))
         return truncated(offset, QStringLiteral("a date of 8 bytes"));
     const double seconds = std::bit_cast<double>(readBigEndian(_data + offset + 1, 8));
     if (std::isnan(seconds))
-        return fail(offset, QStringLiteral("expected a date, found a NaN"));
+        return fail(offset, ReadError::Kind::Date, QStringLiteral("expected a date, found a NaN"));
     out = PlistValue::date(seconds);
     return true;
 }
@@ -642,9 +660,10 @@ bool Parser::readAscii(quint64 offset, PlistValue &out)
     }
     if (UnicodeText::firstFlaw(QByteArrayView(p, qsizetype(length)), UnicodeText::Nul::Allowed) >=
         0)
-        return fail(offset, QStringLiteral("expected ASCII or UTF-8 text in a string (%1 bytes), "
-                                           "found other bytes")
-                                .arg(length));
+        return fail(offset, ReadError::Kind::Encoding,
+                    QStringLiteral("expected ASCII or UTF-8 text in a string (%1 bytes), "
+                                   "found other bytes")
+                        .arg(length));
     _units.resize(length); // UTF-8 never takes fewer bytes than UTF-16 takes units
     const char16_t *end = UnicodeText::toUtf16(p, p + length, _units.data());
     out = PlistValue::fromUtf16(_units.data(), end - _units.data());
@@ -667,7 +686,7 @@ bool Parser::readUtf16(quint64 offset, PlistValue &out)
     for (const char16_t *q = _units.data(); q < end;) {
         const char16_t *at = q;
         if (UnicodeText::isSurrogate(UnicodeText::next(q, end)))
-            return fail(start + 2 * quint64(at - _units.data()),
+            return fail(start + 2 * quint64(at - _units.data()), ReadError::Kind::Encoding,
                         QStringLiteral("unpaired UTF-16 surrogate 0x%1")
                             .arg(uint(*at), 4, 16, QLatin1Char('0')));
     }
@@ -685,9 +704,10 @@ bool Parser::readUid(quint64 offset, PlistValue &out)
     const quint64 high = width > 8 ? width - 8 : 0;
     for (quint64 i = 0; i < high; ++i) {
         if (p[i] != 0)
-            return fail(offset, QStringLiteral("expected a UID of at most 64 bits, found one of "
-                                               "%1 bytes")
-                                    .arg(width));
+            return fail(offset, ReadError::Kind::OutOfRange,
+                        QStringLiteral("expected a UID of at most 64 bits, found one of "
+                                       "%1 bytes")
+                            .arg(width));
     }
     out = PlistValue::uid(readBigEndian(p + high, width - high));
     return true;

@@ -64,21 +64,22 @@ QString flawMessage(const UnicodeText::Transcoded &transcoded, Form form)
 
 } // namespace
 
-ReadError JsonEncoding::Utf8Text::parseError(qsizetype offset, const QString &message) const
+ReadError JsonEncoding::Utf8Text::parseError(const Failure &failure) const
 {
     const qsizetype bad = UnicodeText::firstFlaw(text, UnicodeText::Nul::Refused);
     if (bad < 0)
-        return readError(offset, message);
-    return readError(bad, text[bad] == 0
-                              ? QStringLiteral("the text contains a NUL character")
-                              : QStringLiteral("byte 0x%1 is not valid UTF-8")
-                                    .arg(uint(uchar(text[bad])), 2, 16, QLatin1Char('0')));
+        return readError(failure);
+    return readError({bad, ReadError::Kind::Encoding,
+                      text[bad] == 0 ? QStringLiteral("the text contains a NUL character")
+                                     : QStringLiteral("byte 0x%1 is not valid UTF-8")
+                                           .arg(uint(uchar(text[bad])), 2, 16, QLatin1Char('0'))});
 }
 
-ReadError JsonEncoding::Utf8Text::readError(qsizetype offset, const QString &message) const
+ReadError JsonEncoding::Utf8Text::readError(const Failure &failure) const
 {
-    const TextPosition position = TextPosition::at(text, offset);
-    return {message, transcoded ? -1 : skipped + offset, position.line, position.column};
+    const TextPosition position = TextPosition::at(text, failure.offset);
+    return {failure.message, transcoded ? -1 : skipped + failure.offset, position.line,
+            position.column, failure.kind};
 }
 
 JsonEncoding::Utf8Text JsonEncoding::decode(QByteArrayView bytes)
@@ -94,10 +95,31 @@ JsonEncoding::Utf8Text JsonEncoding::decode(QByteArrayView bytes)
     UnicodeText::Transcoded transcoded =
         UnicodeText::toUtf8(units, detected.form, UnicodeText::Nul::Refused);
     result.transcoded = true;
-    result.error = flawMessage(transcoded, detected.form);
     result.storage = std::move(transcoded.utf8);
     result.text = result.storage;
-    if (!result.error.isEmpty())
-        result.errorAt = result.storage.size();
+    if (transcoded.flaw != UnicodeText::Flaw::None)
+        result.error = result.readError({result.storage.size(), ReadError::Kind::Encoding,
+                                         flawMessage(transcoded, detected.form)});
     return result;
+}
+
+JsonEncoding::Failure JsonEncoding::failure(const char *begin, const char *end, const char *at,
+                                            ReadError::Kind kind, const QString &message)
+{
+    if (kind == ReadError::Kind::Syntax && at == end)
+        kind = ReadError::Kind::Truncated;
+    return {at - begin, kind, message};
+}
+
+QString JsonEncoding::describe(const char *p, const char *end)
+{
+    if (p >= end)
+        return QStringLiteral("the end of the text");
+    const auto c = uchar(*p);
+    if (c >= 0x20 && c < 0x7F)
+        return QStringLiteral("'%1'").arg(QChar(c));
+    if (c < 0x80 || UnicodeText::sequenceLength(p, end) == 0)
+        return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
+    const char32_t code = UnicodeText::decode(p);
+    return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
 }

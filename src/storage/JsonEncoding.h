@@ -23,23 +23,38 @@
 class JsonEncoding
 {
 public:
+    /// Where and why a parse of the text failed.
+    struct Failure
+    {
+        qsizetype offset = 0; // in UTF-8 text
+        ReadError::Kind kind = ReadError::Kind::None;
+        QString message;
+    };
+
     /// The text without its byte-order mark, or where and why it is not text.
     struct Utf8Text
     {
         QByteArray storage;      // holds the UTF-8 when the input was not UTF-8
-        QByteArrayView text;     // the whole text, or on error the part before `errorAt`
+        QByteArrayView text;     // the whole text, or on error the part before it
         bool transcoded = false; // else `text` lies in the input, `skipped` bytes in
         qsizetype skipped = 0;
-        qsizetype errorAt = -1;
-        QString error; // empty when the text is good
+        ReadError error; // of kind None when the text is good
 
+        /// The error of a parse that failed, unless the text holds a NUL or an
+        /// ill-formed byte, whose error comes first.
+        ReadError parseError(const Failure &failure) const;
         /// An error at a UTF-8 offset in `text`, with its line and column.
-        ReadError readError(qsizetype offset, const QString &message) const;
-        /// The error of a parse that failed at `offset` with `message`, unless
-        /// the text holds a NUL or an ill-formed byte, whose error comes first.
-        ReadError parseError(qsizetype offset, const QString &message) const;
+        ReadError readError(const Failure &failure) const;
     };
 
     /// `bytes` must outlive the result when it is UTF-8, which is not copied.
     static Utf8Text decode(QByteArrayView bytes);
+    /// A parse's failure at `at` in the text from `begin` to `end`. Something
+    /// out of place at the end of the text means it was cut short.
+    static Failure failure(const char *begin, const char *end, const char *at, ReadError::Kind kind,
+                           const QString &message);
+    /// What stands at `p`, for the "found ..." of a message: a printable
+    /// character in quotes, a control or ill-formed byte by its code, or the
+    /// end of the text.
+    static QString describe(const char *p, const char *end);
 };

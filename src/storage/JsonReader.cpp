@@ -34,10 +34,9 @@ public:
         : _begin(text.data()), _p(_begin), _end(_begin + text.size())
     {}
 
-    /// The text's value, or none with `errorOffset()` and `errorMessage()` set.
+    /// The text's value, or none with `failure()` set.
     PlistValue parse();
-    qsizetype errorOffset() const { return _errorAt - _begin; }
-    const QString &errorMessage() const { return _error; }
+    const JsonEncoding::Failure &failure() const { return _failure; }
 
 private:
     // What a step left: an error, a finished value, or an open container
@@ -67,7 +66,7 @@ private:
     Step readEscaped(const char *start, const char *run, PlistValue &out);
     bool readEscape();
 
-    Step fail(const char *at, const QString &message);
+    Step fail(const char *at, ReadError::Kind kind, const QString &message);
     QString describe(const char *p) const;
     QString found() const { return describe(_p); }
     QString unclosed() const;
@@ -78,8 +77,7 @@ private:
     Builder _open;
     StringCache _strings;
     std::u16string _buffer; // the units of a string being decoded
-    const char *_errorAt = nullptr;
-    QString _error;
+    JsonEncoding::Failure _failure;
 };
 
 PlistValue Parser::parse()
@@ -89,7 +87,7 @@ PlistValue Parser::parse()
         return {};
     skipWhite();
     if (_p != _end) {
-        fail(_p,
+        fail(_p, ReadError::Kind::TrailingContent,
              QStringLiteral("expected the end of the text after the value, found %1").arg(found()));
         return {};
     }
@@ -118,7 +116,8 @@ Parser::Step Parser::startValue(PlistValue &out)
     skipWhite();
     if (_p == _end)
         return fail(
-            _p, QStringLiteral("expected a value, found the end of the text%1").arg(unclosed()));
+            _p, _begin == _end ? ReadError::Kind::Empty : ReadError::Kind::Truncated,
+            QStringLiteral("expected a value, found the end of the text%1").arg(unclosed()));
     switch (*_p) {
     case '{':
         return open(true, out);
@@ -137,7 +136,8 @@ Parser::Step Parser::startValue(PlistValue &out)
     }
     if (*_p == '-' || isDigit(*_p))
         return readNumber(out);
-    return fail(_p, QStringLiteral("expected a value, found %1").arg(found()));
+    return fail(_p, ReadError::Kind::Syntax,
+                QStringLiteral("expected a value, found %1").arg(found()));
 }
 
 Parser::Step Parser::open(bool isObject, PlistValue &out)
@@ -168,11 +168,12 @@ Parser::Step Parser::attach(PlistValue element, PlistValue &out)
         out = _open.close();
         return Step::Value;
     }
-    return fail(_p, QStringLiteral("expected ',' or '%1' after %2, found %3%4")
-                        .arg(QChar(closer),
-                             isObject ? QStringLiteral("an object member")
-                                      : QStringLiteral("an array element"),
-                             found(), unclosed()));
+    return fail(
+        _p, ReadError::Kind::Syntax,
+        QStringLiteral("expected ',' or '%1' after %2, found %3%4")
+            .arg(QChar(closer),
+                 isObject ? QStringLiteral("an object member") : QStringLiteral("an array element"),
+                 found(), unclosed()));
 }
 
 Parser::Step Parser::nextMember(PlistValue &out)
@@ -180,14 +181,16 @@ Parser::Step Parser::nextMember(PlistValue &out)
     skipWhite();
     if (_p == _end || *_p != '"')
         return fail(
-            _p, QStringLiteral("expected a string as key, found %1%2").arg(found(), unclosed()));
+            _p, ReadError::Kind::Syntax,
+            QStringLiteral("expected a string as key, found %1%2").arg(found(), unclosed()));
     PlistValue key;
     if (readString(key) == Step::Failed)
         return Step::Failed;
     skipWhite();
     if (_p == _end || *_p != ':')
-        return fail(_p, QStringLiteral("expected ':' after the key \"%1\", found %2%3")
-                            .arg(key.toString(), found(), unclosed()));
+        return fail(_p, ReadError::Kind::Syntax,
+                    QStringLiteral("expected ':' after the key \"%1\", found %2%3")
+                        .arg(key.toString(), found(), unclosed()));
     ++_p;
     _open.add(std::move(key));
     return startValue(out);
@@ -209,9 +212,10 @@ Parser::Step Parser::readLiteral(std::string_view word, PlistValue value, PlistV
     const char *last = _p;
     while (last < _end && last - _p < 16 && ((*last >= 'a' && *last <= 'z') || isDigit(*last)))
         ++last;
-    return fail(_p, QStringLiteral("expected %1, found '%2'")
-                        .arg(QLatin1StringView(word.data(), qsizetype(word.size())),
-                             QLatin1StringView(_p, last - _p)));
+    return fail(_p, ReadError::Kind::Syntax,
+                QStringLiteral("expected %1, found '%2'")
+                    .arg(QLatin1StringView(word.data(), qsizetype(word.size())),
+                         QLatin1StringView(_p, last - _p)));
 }
 
 Parser::Step Parser::readNumber(PlistValue &out)
@@ -221,18 +225,21 @@ Parser::Step Parser::readNumber(PlistValue &out)
     if (negative)
         ++_p;
     if (_p == _end || !isDigit(*_p))
-        return fail(_p, QStringLiteral("expected a digit after '-', found %1").arg(found()));
+        return fail(_p, ReadError::Kind::Number,
+                    QStringLiteral("expected a digit after '-', found %1").arg(found()));
     quint64 magnitude = 0;
     bool tooLong = false;
     if (*_p == '0') {
         if (++_p < _end && isDigit(*_p))
-            return fail(start, QStringLiteral("a number must not start with 0 followed by digits"));
+            return fail(start, ReadError::Kind::Number,
+                        QStringLiteral("a number must not start with 0 followed by digits"));
     }
     _p = NumberText::accumulateDigits(_p, _end, 10, magnitude, tooLong);
     bool real = false;
     if (_p < _end && *_p == '.') {
         if (++_p == _end || !isDigit(*_p))
-            return fail(_p, QStringLiteral("expected a digit after '.', found %1").arg(found()));
+            return fail(_p, ReadError::Kind::Number,
+                        QStringLiteral("expected a digit after '.', found %1").arg(found()));
         while (_p < _end && isDigit(*_p))
             ++_p;
         real = true;
@@ -241,7 +248,7 @@ Parser::Step Parser::readNumber(PlistValue &out)
         if (++_p < _end && (*_p == '+' || *_p == '-'))
             ++_p;
         if (_p == _end || !isDigit(*_p))
-            return fail(_p,
+            return fail(_p, ReadError::Kind::Number,
                         QStringLiteral("expected a digit in the exponent, found %1").arg(found()));
         while (_p < _end && isDigit(*_p))
             ++_p;
@@ -258,7 +265,8 @@ Parser::Step Parser::readReal(const char *start, PlistValue &out)
     double value = 0;
     const NumberText::Status status = NumberText::parseReal(QByteArrayView(start, _p), value);
     if (status == NumberText::Status::OutOfRange && std::isinf(value))
-        return fail(start, QStringLiteral("the number is too large for a double"));
+        return fail(start, ReadError::Kind::OutOfRange,
+                    QStringLiteral("the number is too large for a double"));
     out = PlistValue(value); // one too small is the zero it rounds to
     return Step::Value;
 }
@@ -284,8 +292,9 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
     for (;;) {
         _buffer.append(run, _p);
         if (_p == _end)
-            return fail(start, QStringLiteral("the string is not closed: expected '\"' before "
-                                              "the end of the text"));
+            return fail(start, ReadError::Kind::Truncated,
+                        QStringLiteral("the string is not closed: expected '\"' before "
+                                       "the end of the text"));
         const auto c = uchar(*_p);
         if (c == '"') {
             ++_p;
@@ -294,11 +303,13 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
         }
         if (c >= 0x80) {
             if (UnicodeText::sequenceLength(_p, _end) == 0)
-                return fail(_p, QStringLiteral("the text is not valid UTF-8"));
+                return fail(_p, ReadError::Kind::Encoding,
+                            QStringLiteral("the text is not valid UTF-8"));
             UnicodeText::appendUtf16(_buffer, UnicodeText::decode(_p));
         } else if (c != '\\') {
-            return fail(_p, QStringLiteral("control character 0x%1 in a string: it must be escaped")
-                                .arg(uint(c), 2, 16, QLatin1Char('0')));
+            return fail(_p, ReadError::Kind::Syntax,
+                        QStringLiteral("control character 0x%1 in a string: it must be escaped")
+                            .arg(uint(c), 2, 16, QLatin1Char('0')));
         } else if (!readEscape()) {
             return Step::Failed;
         }
@@ -318,17 +329,19 @@ bool Parser::readEscape()
         return true;
     }
     if (c != 'u') {
-        fail(escape, QStringLiteral("invalid escape: expected one of \\\" \\\\ \\/ \\b \\f \\n "
-                                    "\\r \\t \\u after the backslash, found %1")
-                         .arg(describe(escape + 1)));
+        fail(escape, ReadError::Kind::Escape,
+             QStringLiteral("invalid escape: expected one of \\\" \\\\ \\/ \\b \\f \\n "
+                            "\\r \\t \\u after the backslash, found %1")
+                 .arg(describe(escape + 1)));
         return false;
     }
     char16_t unit = 0;
     for (int i = 0; i < 4; ++i, ++_p) {
         const unsigned digit = _p < _end ? NumberText::digitValue(*_p) : 16;
         if (digit >= 16) {
-            fail(_p, QStringLiteral("expected four hexadecimal digits after '\\u', found %1")
-                         .arg(found()));
+            fail(_p, ReadError::Kind::Escape,
+                 QStringLiteral("expected four hexadecimal digits after '\\u', found %1")
+                     .arg(found()));
             return false;
         }
         unit = char16_t(unit * 16 + digit);
@@ -338,26 +351,16 @@ bool Parser::readEscape()
     return true;
 }
 
-Parser::Step Parser::fail(const char *at, const QString &message)
+Parser::Step Parser::fail(const char *at, ReadError::Kind kind, const QString &message)
 {
-    _errorAt = at;
-    _error = message;
+    _failure = JsonEncoding::failure(_begin, _end, at, kind, message);
     return Step::Failed;
 }
 
 QString Parser::describe(const char *p) const
 {
-    if (p >= _end)
-        return QStringLiteral("the end of the text");
-    const auto c = uchar(*p);
-    if (c >= 0x20 && c < 0x7F)
-        return QStringLiteral("'%1'").arg(QChar(c));
-    if (c < 0x80 || UnicodeText::sequenceLength(p, _end) == 0)
-        return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
-    const char32_t code = UnicodeText::decode(p);
-    return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
+    return JsonEncoding::describe(p, _end);
 }
-
 // For messages at the end of the text: where the innermost open container began.
 QString Parser::unclosed() const
 {
@@ -377,11 +380,11 @@ QString Parser::unclosed() const
 ReadResult JsonReader::read(QByteArrayView bytes)
 {
     JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
-    if (!input.error.isEmpty())
-        return ReadResult::failure(input.readError(input.errorAt, input.error));
+    if (input.error.kind != ReadError::Kind::None)
+        return ReadResult::failure(input.error);
     Parser parser(input.text);
     PlistValue value = parser.parse();
     if (!value.isNone())
         return ReadResult::success(std::move(value), ADPlistFormatJSON);
-    return ReadResult::failure(input.parseError(parser.errorOffset(), parser.errorMessage()));
+    return ReadResult::failure(input.parseError(parser.failure()));
 }

@@ -12,7 +12,8 @@
 ReadResult PlistSerialization::read(QByteArrayView bytes)
 {
     if (bytes.isEmpty())
-        return ReadResult::failure({QStringLiteral("the data is empty")});
+        return ReadResult::failure(
+            {QStringLiteral("the data is empty"), -1, -1, -1, ReadError::Kind::Empty});
     if (BinaryReader::recognizes(bytes))
         return BinaryReader::read(bytes);
     if (XmlReader::recognizes(bytes))

@@ -169,11 +169,14 @@ public:
 private:
     // --- errors -------------------------------------------------------------
 
-    bool fail(const char *at, const QString &message)
+    // Markup out of place at the end of the input means it was cut short.
+    bool fail(const char *at, ReadError::Kind kind, const QString &message)
     {
         const qint64 offset = at - _text.data();
         const TextPosition position = TextPosition::at(_text, offset);
-        _error = {message, offset, position.line, position.column};
+        if (kind == ReadError::Kind::Syntax && at == _end)
+            kind = ReadError::Kind::Truncated;
+        _error = {message, offset, position.line, position.column, kind};
         return false;
     }
 
@@ -244,8 +247,9 @@ private:
         const qsizetype from = _p - _text.data();
         const qsizetype found = _text.indexOf(terminator, from);
         if (found < 0)
-            return fail(at, QStringLiteral("unterminated %1: no \"%2\" follows")
-                                .arg(what, QString::fromLatin1(terminator)));
+            return fail(at, ReadError::Kind::Truncated,
+                        QStringLiteral("unterminated %1: no \"%2\" follows")
+                            .arg(what, QString::fromLatin1(terminator)));
         _p = _text.data() + found + terminator.size();
         return true;
     }
@@ -272,14 +276,15 @@ private:
     bool skipQuoted(const char *what)
     {
         if (_p == _end || (*_p != '"' && *_p != '\''))
-            return fail(_p, QStringLiteral("expected a quoted %1, found %2")
-                                .arg(QLatin1StringView(what), found(_p)));
+            return fail(_p, ReadError::Kind::Syntax,
+                        QStringLiteral("expected a quoted %1, found %2")
+                            .arg(QLatin1StringView(what), found(_p)));
         const char quote = *_p;
         const char *at = _p;
         const void *close = std::memchr(_p + 1, quote, size_t(_end - _p - 1));
         if (!close)
             return fail(
-                at,
+                at, ReadError::Kind::Truncated,
                 QStringLiteral("unterminated %1: no closing quote").arg(QLatin1StringView(what)));
         _p = static_cast<const char *>(close) + 1;
         return true;
@@ -294,8 +299,9 @@ private:
         for (;;) {
             skipSpace();
             if (_p == _end)
-                return fail(_p, QStringLiteral("unterminated DOCTYPE: expected ']', found the "
-                                               "end of the input"));
+                return fail(_p, ReadError::Kind::Truncated,
+                            QStringLiteral("unterminated DOCTYPE: expected ']', found the "
+                                           "end of the input"));
             if (*_p == ']') {
                 ++_p;
                 return true;
@@ -311,17 +317,20 @@ private:
                 while (_p < _end && isNameChar(*_p))
                     ++_p;
                 if (_p == _end || *_p != ';' || _p == at + 1)
-                    return fail(at, QStringLiteral("malformed parameter-entity reference in "
-                                                   "the DOCTYPE"));
+                    return fail(at, ReadError::Kind::Syntax,
+                                QStringLiteral("malformed parameter-entity reference in "
+                                               "the DOCTYPE"));
                 ++_p;
             } else if (startsWith(_p, "<!")) {
-                return fail(_p, QStringLiteral("declarations in the DOCTYPE are not supported: "
-                                               "found %1")
-                                    .arg(found(_p)));
+                return fail(_p, ReadError::Kind::Unsupported,
+                            QStringLiteral("declarations in the DOCTYPE are not supported: "
+                                           "found %1")
+                                .arg(found(_p)));
             } else {
-                return fail(_p, QStringLiteral("expected ']' to end the DOCTYPE's internal subset, "
-                                               "found %1")
-                                    .arg(found(_p)));
+                return fail(_p, ReadError::Kind::Syntax,
+                            QStringLiteral("expected ']' to end the DOCTYPE's internal subset, "
+                                           "found %1")
+                                .arg(found(_p)));
             }
         }
     }
@@ -331,15 +340,16 @@ private:
         _p += 9; // "<!DOCTYPE"
         if (!skipSpace())
             return fail(
-                _p,
+                _p, ReadError::Kind::Syntax,
                 QStringLiteral("expected white space after <!DOCTYPE, found %1").arg(found(_p)));
         const char *name = _p;
         while (_p < _end && isNameChar(*_p))
             ++_p;
         if (_p == name)
-            return fail(_p, QStringLiteral("expected the root element's name in the DOCTYPE, "
-                                           "found %1")
-                                .arg(found(_p)));
+            return fail(_p, ReadError::Kind::Syntax,
+                        QStringLiteral("expected the root element's name in the DOCTYPE, "
+                                       "found %1")
+                            .arg(found(_p)));
         skipSpace();
         if (startsWith(_p, "PUBLIC")) {
             _p += 6;
@@ -362,7 +372,7 @@ private:
             skipSpace();
         }
         if (_p == _end || *_p != '>')
-            return fail(_p,
+            return fail(_p, ReadError::Kind::Syntax,
                         QStringLiteral("expected '>' to end the DOCTYPE, found %1").arg(found(_p)));
         ++_p;
         return true;
@@ -376,13 +386,15 @@ private:
         for (;; first = false) {
             skipSpace();
             if (_p == _end) {
-                return fail(_p, _text.isEmpty() ? QStringLiteral("the input is empty")
-                                                : QStringLiteral("expected <plist> or a value "
-                                                                 "element, found the end of the "
-                                                                 "input"));
+                if (_text.isEmpty())
+                    return fail(_p, ReadError::Kind::Empty, QStringLiteral("the input is empty"));
+                return fail(_p, ReadError::Kind::Truncated,
+                            QStringLiteral("expected <plist> or a value element, found the end of "
+                                           "the input"));
             }
             if (isXmlDeclaration(_p) && !first)
-                return fail(_p, QStringLiteral("the XML declaration must come first"));
+                return fail(_p, ReadError::Kind::Syntax,
+                            QStringLiteral("the XML declaration must come first"));
             if (startsWith(_p, "<?")) {
                 if (!skipProcessingInstruction())
                     return false;
@@ -391,7 +403,7 @@ private:
                     return false;
             } else if (startsWith(_p, "<!DOCTYPE")) {
                 if (sawDoctype)
-                    return fail(_p, QStringLiteral("a second DOCTYPE"));
+                    return fail(_p, ReadError::Kind::Syntax, QStringLiteral("a second DOCTYPE"));
                 sawDoctype = true;
                 if (!skipDoctype())
                     return false;
@@ -399,7 +411,7 @@ private:
                 return true;
             } else {
                 return fail(
-                    _p,
+                    _p, ReadError::Kind::Syntax,
                     QStringLiteral("expected <plist> or a value element, found %1").arg(found(_p)));
             }
         }
@@ -418,9 +430,10 @@ private:
                 if (!skipProcessingInstruction())
                     return false;
             } else {
-                return fail(_p, QStringLiteral("expected the end of the input after the "
-                                               "property list, found %1")
-                                    .arg(found(_p)));
+                return fail(_p, ReadError::Kind::TrailingContent,
+                            QStringLiteral("expected the end of the input after the "
+                                           "property list, found %1")
+                                .arg(found(_p)));
             }
         }
     }
@@ -433,7 +446,8 @@ private:
         for (;;) {
             const bool spaced = skipSpace();
             if (_p == _end)
-                return fail(_p, QStringLiteral("unterminated tag %1").arg(tagText(tag.name)));
+                return fail(_p, ReadError::Kind::Truncated,
+                            QStringLiteral("unterminated tag %1").arg(tagText(tag.name)));
             if (*_p == '>') {
                 ++_p;
                 return true;
@@ -444,16 +458,18 @@ private:
                 return true;
             }
             if (!spaced || !isNameStart(*_p))
-                return fail(_p, QStringLiteral("expected an attribute, '>' or '/>' in %1, found "
-                                               "%2")
-                                    .arg(tagText(tag.name), found(_p)));
+                return fail(_p, ReadError::Kind::Syntax,
+                            QStringLiteral("expected an attribute, '>' or '/>' in %1, found "
+                                           "%2")
+                                .arg(tagText(tag.name), found(_p)));
             while (_p < _end && isNameChar(*_p))
                 ++_p;
             skipSpace();
             if (_p == _end || *_p != '=')
-                return fail(_p, QStringLiteral("expected '=' after an attribute name in %1, "
-                                               "found %2")
-                                    .arg(tagText(tag.name), found(_p)));
+                return fail(_p, ReadError::Kind::Syntax,
+                            QStringLiteral("expected '=' after an attribute name in %1, "
+                                           "found %2")
+                                .arg(tagText(tag.name), found(_p)));
             ++_p;
             skipSpace();
             const char *value = _p;
@@ -461,7 +477,7 @@ private:
                 return false;
             if (std::memchr(value, '<', size_t(_p - value)))
                 return fail(
-                    value,
+                    value, ReadError::Kind::Syntax,
                     QStringLiteral("'<' in an attribute value of %1").arg(tagText(tag.name)));
         }
     }
@@ -478,7 +494,8 @@ private:
         tag.name = QByteArrayView(name, _p - name);
         tag.element = elementNamed(tag.name);
         if (tag.element == Element::Unknown)
-            return fail(tag.at, QStringLiteral("unknown element %1").arg(tagText(tag.name)));
+            return fail(tag.at, ReadError::Kind::UnknownType,
+                        QStringLiteral("unknown element %1").arg(tagText(tag.name)));
         if (_p < _end && *_p == '>') {
             ++_p;
             return true;
@@ -497,8 +514,9 @@ private:
         name = QByteArrayView(start, _p - start);
         skipSpace();
         if (_p == _end || *_p != '>')
-            return fail(_p, QStringLiteral("expected '>' to end %1, found %2")
-                                .arg(tagText(name, true), found(_p)));
+            return fail(_p, ReadError::Kind::Syntax,
+                        QStringLiteral("expected '>' to end %1, found %2")
+                            .arg(tagText(name, true), found(_p)));
         ++_p;
         return true;
     }
@@ -513,8 +531,9 @@ private:
         while (q < _end && q - at < 64 && (isNameChar(*q) || *q == '#'))
             ++q;
         if (q == _end || *q != ';')
-            return fail(at, QStringLiteral("expected ';' after %1")
-                                .arg(u'"' + QString::fromUtf8(at, q - at) + u'"'));
+            return fail(at, ReadError::Kind::Escape,
+                        QStringLiteral("expected ';' after %1")
+                            .arg(u'"' + QString::fromUtf8(at, q - at) + u'"'));
         const QByteArrayView name(at + 1, q - at - 1);
         _p = q + 1;
         static constexpr struct
@@ -529,7 +548,8 @@ private:
             }
         }
         if (!name.startsWith('#'))
-            return fail(at, QStringLiteral("unknown entity &%1;").arg(QString::fromUtf8(name)));
+            return fail(at, ReadError::Kind::Escape,
+                        QStringLiteral("unknown entity &%1;").arg(QString::fromUtf8(name)));
         const bool hex = name.size() > 1 && name[1] == 'x';
         const QByteArrayView digits = name.sliced(hex ? 2 : 1);
         quint64 c = 0;
@@ -539,7 +559,8 @@ private:
                            NumberText::accumulateDigits(digits.data(), digitsEnd, hex ? 16 : 10, c,
                                                         overflow) == digitsEnd;
         if (!whole || overflow || c == 0 || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF))
-            return fail(at, QStringLiteral("&%1; is not a character").arg(QString::fromUtf8(name)));
+            return fail(at, ReadError::Kind::Escape,
+                        QStringLiteral("&%1; is not a character").arg(QString::fromUtf8(name)));
         UnicodeText::append(_scratch, char32_t(c));
         text.ascii = text.ascii && c < 0x80;
         return true;
@@ -553,9 +574,10 @@ private:
         if (!endTag(name))
             return false;
         if (!sameName(name, tag.name))
-            return fail(at, QStringLiteral("%1 closes %2 opened on line %3")
-                                .arg(tagText(name, true), tagText(tag.name))
-                                .arg(lineOf(tag.at)));
+            return fail(at, ReadError::Kind::MismatchedTag,
+                        QStringLiteral("%1 closes %2 opened on line %3")
+                            .arg(tagText(name, true), tagText(tag.name))
+                            .arg(lineOf(tag.at)));
         return true;
     }
 
@@ -567,10 +589,11 @@ private:
         _p = stop;
         for (;;) {
             if (_p == _end)
-                return fail(_p, QStringLiteral("unexpected end of the input: %1 opened on line "
-                                               "%2 is not closed")
-                                    .arg(tagText(tag.name))
-                                    .arg(lineOf(tag.at)));
+                return fail(_p, ReadError::Kind::Truncated,
+                            QStringLiteral("unexpected end of the input: %1 opened on line "
+                                           "%2 is not closed")
+                                .arg(tagText(tag.name))
+                                .arg(lineOf(tag.at)));
             if (*_p == '&') {
                 if (!reference(text))
                     return false;
@@ -591,7 +614,7 @@ private:
                     return false;
             } else {
                 return fail(
-                    _p,
+                    _p, ReadError::Kind::Syntax,
                     QStringLiteral("%1 is not allowed in %2").arg(found(_p), tagText(tag.name)));
             }
             const char *run = _p;
@@ -648,7 +671,8 @@ private:
     bool makeString(const Text &text, PlistValue &value)
     {
         if (quint64(text.bytes.size()) > std::numeric_limits<quint32>::max())
-            return fail(text.at, QStringLiteral("a string longer than 4 GB"));
+            return fail(text.at, ReadError::Kind::TooLarge,
+                        QStringLiteral("a string longer than 4 GB"));
         if (text.ascii) {
             value = _strings.ascii(text.bytes.data(), text.bytes.size());
             return true;
@@ -678,12 +702,12 @@ private:
                 integer.negative ? PlistValue(integer.toSigned()) : PlistValue(integer.magnitude);
             return true;
         case NumberText::Status::OutOfRange:
-            return fail(text.at,
+            return fail(text.at, ReadError::Kind::OutOfRange,
                         QStringLiteral("integer %1 is out of the 64-bit range").arg(quoted(text)));
         case NumberText::Status::Malformed:
             break;
         }
-        return fail(text.at,
+        return fail(text.at, ReadError::Kind::Number,
                     QStringLiteral("expected an integer in <integer>, found %1").arg(quoted(text)));
     }
 
@@ -696,7 +720,7 @@ private:
         double d = 0;
         const QByteArrayView number(first, text.bytes.data() + text.bytes.size());
         if (NumberText::parseReal(number, d) == NumberText::Status::Malformed)
-            return fail(text.at,
+            return fail(text.at, ReadError::Kind::Number,
                         QStringLiteral("expected a number in <real>, found %1").arg(quoted(text)));
         value = PlistValue(d);
         return true;
@@ -717,7 +741,7 @@ private:
             for (const char c : text.bytes) {
                 if (!isSpace(c))
                     return fail(
-                        text.at,
+                        text.at, ReadError::Kind::Syntax,
                         QStringLiteral("%1 holds text: %2").arg(tagText(tag.name), quoted(text)));
             }
             value = PlistValue(tag.element == Element::True);
@@ -725,9 +749,10 @@ private:
         case Element::Date: {
             const std::optional<double> seconds = XmlDate::parse(text.bytes);
             if (!seconds)
-                return fail(text.at, QStringLiteral("expected a date like "
-                                                    "2001-01-01T00:00:00Z in <date>, found %1")
-                                         .arg(quoted(text)));
+                return fail(text.at, ReadError::Kind::Date,
+                            QStringLiteral("expected a date like "
+                                           "2001-01-01T00:00:00Z in <date>, found %1")
+                                .arg(quoted(text)));
             value = PlistValue::date(*seconds);
             return true;
         }
@@ -792,8 +817,9 @@ private:
             return true;
         const char *at = text.raw ? text.at + errorAt : text.at;
         if (errorAt == text.bytes.size())
-            return fail(at, QStringLiteral("Base64 in <data> ends in the middle of a byte"));
-        return fail(at,
+            return fail(at, ReadError::Kind::Data,
+                        QStringLiteral("Base64 in <data> ends in the middle of a byte"));
+        return fail(at, ReadError::Kind::Data,
                     QStringLiteral("expected Base64 in <data>, found %1")
                         .arg(u'"' + QString::fromUtf8(text.bytes.sliced(errorAt).first(1)) + u'"'));
     }
@@ -815,7 +841,8 @@ private:
     {
         if (_open.isEmpty())
             return tag.element != Element::Key ||
-                   fail(tag.at, QStringLiteral("<key> stands outside a <dict>"));
+                   fail(tag.at, ReadError::Kind::Structure,
+                        QStringLiteral("<key> stands outside a <dict>"));
         const Element top = _open.info().element;
         if (top == Element::Dict) {
             const bool wantsKey = _open.count() % 2 == 0;
@@ -823,21 +850,24 @@ private:
                 return true;
             if (wantsKey)
                 return fail(
-                    tag.at,
+                    tag.at, ReadError::Kind::Structure,
                     QStringLiteral("expected <key> in <dict>, found %1").arg(tagText(tag.name)));
-            return fail(tag.at, QStringLiteral("key \"%1\" has no value: expected a value, found "
-                                               "<key>")
-                                    .arg(_open.lastKey().toString()));
+            return fail(tag.at, ReadError::Kind::Structure,
+                        QStringLiteral("key \"%1\" has no value: expected a value, found "
+                                       "<key>")
+                            .arg(_open.lastKey().toString()));
         }
         if (tag.element == Element::Key)
             return fail(
-                tag.at,
+                tag.at, ReadError::Kind::Structure,
                 QStringLiteral("expected a value in %1, found <key>").arg(tagText(nameOf(top))));
         if (tag.element == Element::Plist)
-            return fail(tag.at, QStringLiteral("<plist> may only be the root element"));
+            return fail(tag.at, ReadError::Kind::Structure,
+                        QStringLiteral("<plist> may only be the root element"));
         if (top == Element::Plist && _open.count() > 0)
-            return fail(tag.at, QStringLiteral("<plist> holds more than one value: found %1")
-                                    .arg(tagText(tag.name)));
+            return fail(tag.at, ReadError::Kind::Structure,
+                        QStringLiteral("<plist> holds more than one value: found %1")
+                            .arg(tagText(tag.name)));
         return true;
     }
 
@@ -848,7 +878,8 @@ private:
         switch (tag.element) {
         case Element::Plist:
             if (tag.empty)
-                return fail(tag.at, QStringLiteral("<plist> holds no value"));
+                return fail(tag.at, ReadError::Kind::Structure,
+                            QStringLiteral("<plist> holds no value"));
             _open.open(Builder::Kind::Array, {Element::Plist, tag.at});
             return true;
         case Element::Dict:
@@ -901,12 +932,14 @@ private:
             return false;
         const Element element = _open.info().element;
         if (!sameName(name, nameOf(element)))
-            return fail(at, QStringLiteral("%1 closes %2").arg(tagText(name, true), opened()));
+            return fail(at, ReadError::Kind::MismatchedTag,
+                        QStringLiteral("%1 closes %2").arg(tagText(name, true), opened()));
         if (element == Element::Dict && _open.count() % 2 != 0)
-            return fail(at, QStringLiteral("key \"%1\" has no value: expected a value, found %2")
-                                .arg(_open.lastKey().toString(), tagText(name, true)));
+            return fail(at, ReadError::Kind::Structure,
+                        QStringLiteral("key \"%1\" has no value: expected a value, found %2")
+                            .arg(_open.lastKey().toString(), tagText(name, true)));
         if (element == Element::Plist && _open.count() == 0)
-            return fail(at, QStringLiteral("<plist> holds no value"));
+            return fail(at, ReadError::Kind::Structure, QStringLiteral("<plist> holds no value"));
         const PlistValue value = _open.close();
         if (element == Element::Dict)
             deliver(finishDictionary(value.toDictionary()));
@@ -923,9 +956,11 @@ private:
         if (startsWith(_p, "<!--"))
             return skipComment();
         if (startsWith(_p, "<!DOCTYPE"))
-            return fail(_p, QStringLiteral("a DOCTYPE must come before the root element"));
-        return fail(_p, QStringLiteral("%1 is not allowed in %2")
-                            .arg(found(_p), tagText(nameOf(_open.info().element))));
+            return fail(_p, ReadError::Kind::Syntax,
+                        QStringLiteral("a DOCTYPE must come before the root element"));
+        return fail(_p, ReadError::Kind::Syntax,
+                    QStringLiteral("%1 is not allowed in %2")
+                        .arg(found(_p), tagText(nameOf(_open.info().element))));
     }
 
     bool body()
@@ -934,11 +969,13 @@ private:
             if (!_open.isEmpty()) {
                 skipSpace();
                 if (_p == _end)
-                    return fail(_p, QStringLiteral("unexpected end of the input: %1 is not closed")
-                                        .arg(opened()));
+                    return fail(_p, ReadError::Kind::Truncated,
+                                QStringLiteral("unexpected end of the input: %1 is not closed")
+                                    .arg(opened()));
                 if (*_p != '<' || _end - _p < 2)
-                    return fail(_p, QStringLiteral("text is not allowed in %1: found %2")
-                                        .arg(tagText(nameOf(_open.info().element)), found(_p)));
+                    return fail(_p, ReadError::Kind::Syntax,
+                                QStringLiteral("text is not allowed in %1: found %2")
+                                    .arg(tagText(nameOf(_open.info().element)), found(_p)));
             }
             bool ok;
             switch (_p[1]) {
@@ -975,10 +1012,12 @@ private:
     ReadError _error;
 };
 
-ReadResult failure(QByteArrayView text, qsizetype offset, const QString &message)
+// Text that is not what its encoding says.
+ReadResult encodingFailure(QByteArrayView text, qsizetype offset, const QString &message)
 {
     const TextPosition position = TextPosition::at(text, offset);
-    return ReadResult::failure({message, offset, position.line, position.column});
+    return ReadResult::failure(
+        {message, offset, position.line, position.column, ReadError::Kind::Encoding});
 }
 
 // An 8-bit file whose declaration names another encoding than UTF-8.
@@ -986,12 +1025,13 @@ ReadResult readDeclared(QByteArrayView text, QByteArrayView name)
 {
     QStringDecoder decoder(name.toByteArray().constData());
     if (!decoder.isValid())
-        return failure(text, name.data() - text.data(),
-                       QStringLiteral("unsupported encoding \"%1\"").arg(QString::fromUtf8(name)));
+        return encodingFailure(
+            text, name.data() - text.data(),
+            QStringLiteral("unsupported encoding \"%1\"").arg(QString::fromUtf8(name)));
     const QString decoded = decoder.decode(text);
     if (decoder.hasError())
-        return failure(text, 0,
-                       QStringLiteral("the text is not valid %1").arg(QString::fromUtf8(name)));
+        return encodingFailure(
+            text, 0, QStringLiteral("the text is not valid %1").arg(QString::fromUtf8(name)));
     return Parser(decoded.toUtf8()).run();
 }
 
@@ -1000,16 +1040,18 @@ ReadResult readDeclared(QByteArrayView text, QByteArrayView name)
 ReadResult XmlReader::read(QByteArrayView bytes)
 {
     if (bytes.isEmpty())
-        return ReadResult::failure({QStringLiteral("the input is empty")});
+        return ReadResult::failure(
+            {QStringLiteral("the input is empty"), -1, -1, -1, ReadError::Kind::Empty});
     const XmlEncoding::Sniffed sniffed = XmlEncoding::sniff(bytes);
     if (sniffed.form != UnicodeText::Form::Utf8) {
         const UnicodeText::Transcoded transcoded = UnicodeText::toUtf8(
             bytes.sliced(sniffed.markSize), sniffed.form, UnicodeText::Nul::Allowed);
         if (transcoded.flaw != UnicodeText::Flaw::None) {
             const bool wide = UnicodeText::unitSize(sniffed.form) == 4;
-            return failure(transcoded.utf8, transcoded.utf8.size(),
-                           QStringLiteral("the text is not valid %1")
-                               .arg(wide ? QStringLiteral("UTF-32") : QStringLiteral("UTF-16")));
+            return encodingFailure(
+                transcoded.utf8, transcoded.utf8.size(),
+                QStringLiteral("the text is not valid %1")
+                    .arg(wide ? QStringLiteral("UTF-32") : QStringLiteral("UTF-16")));
         }
         return Parser(transcoded.utf8).run();
     }
@@ -1019,9 +1061,9 @@ ReadResult XmlReader::read(QByteArrayView bytes)
         return readDeclared(text, declared);
     const qsizetype invalid = UnicodeText::firstFlaw(text, UnicodeText::Nul::Allowed);
     if (invalid >= 0)
-        return failure(text, invalid,
-                       QStringLiteral("invalid UTF-8: byte 0x%1 does not belong here")
-                           .arg(quint8(text[invalid]), 2, 16, QLatin1Char('0')));
+        return encodingFailure(text, invalid,
+                               QStringLiteral("invalid UTF-8: byte 0x%1 does not belong here")
+                                   .arg(quint8(text[invalid]), 2, 16, QLatin1Char('0')));
     return Parser(text).run();
 }
 
