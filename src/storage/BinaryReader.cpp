@@ -1,5 +1,6 @@
 #include "BinaryReader.h"
 
+#include "BinaryFormat.h"
 #include "ContainerBuilder.h"
 #include "SharedSlice.h"
 #include "SimdText.h"
@@ -22,8 +23,8 @@ using plist_detail::PlistValueInternals;
 
 namespace {
 
-constexpr quint64 kHeaderSize = 8;
-constexpr quint64 kTrailerSize = 32;
+namespace F = BinaryFormat;
+
 constexpr quint64 kShareMinimum = 64 * 1024; // data this large may share the file's bytes
 // A container referenced from several places comes out once per reference.
 // A file whose containers are not shared makes at most one value per byte of
@@ -34,13 +35,6 @@ constexpr quint64 kValuesPerInputByte = 8;
 // What is known of each object while reading.
 constexpr quint8 kOnPath = 1; // a container being filled
 constexpr quint8 kSeen = 2;   // a leaf read before
-
-// Where the fields sit within the trailer.
-constexpr quint64 kTrailerOffsetSize = 6;
-constexpr quint64 kTrailerRefSize = 7;
-constexpr quint64 kTrailerObjectCount = 8;
-constexpr quint64 kTrailerTopObject = 16;
-constexpr quint64 kTrailerTableOffset = 24;
 
 quint64 readBigEndian(const uchar *p, quint64 width)
 {
@@ -76,27 +70,28 @@ QString hexByte(uchar byte)
 // What an object marker announces, for messages.
 QString markerName(uchar marker)
 {
-    switch (marker >> 4) {
-    case 0x0:
-        if (marker == 0x00)
+    switch (F::typeOf(marker)) {
+    case F::Special:
+        if (marker == F::kNull)
             return QStringLiteral("the null object");
-        return marker == 0x08 || marker == 0x09 ? QStringLiteral("a boolean")
-                                                : QStringLiteral("marker ") + hexByte(marker);
-    case 0x1:
+        return marker == F::kFalse || marker == F::kTrue
+                   ? QStringLiteral("a boolean")
+                   : QStringLiteral("marker ") + hexByte(marker);
+    case F::Integer:
         return QStringLiteral("an integer");
-    case 0x2:
+    case F::Real:
         return QStringLiteral("a real");
-    case 0x3:
+    case F::Date:
         return QStringLiteral("a date");
-    case 0x4:
+    case F::Data:
         return QStringLiteral("data");
-    case 0x8:
+    case F::Uid:
         return QStringLiteral("a UID");
-    case 0xA:
+    case F::Array:
         return QStringLiteral("an array");
-    case 0xC:
+    case F::Set:
         return QStringLiteral("a set");
-    case 0xD:
+    case F::Dictionary:
         return QStringLiteral("a dictionary");
     default:
         return QStringLiteral("marker ") + hexByte(marker);
@@ -193,21 +188,22 @@ bool Parser::truncated(quint64 offset, const QString &what)
 
 bool Parser::readTrailer()
 {
-    if (_size < 7 || std::memcmp(_data, "bplist0", 7) != 0)
+    if (_size < quint64(F::kVersionedMagicSize) ||
+        std::memcmp(_data, F::kMagic, F::kVersionedMagicSize) != 0)
         return fail(0, ReadError::Kind::Header,
                     QStringLiteral("expected the binary property list magic \"bplist0\""));
-    if (_size < kHeaderSize + kTrailerSize)
+    if (_size < F::kHeaderSize + F::kTrailerSize)
         return fail(0, ReadError::Kind::Header,
                     QStringLiteral("expected at least 40 bytes for the header and trailer, "
                                    "found %1")
                         .arg(_size));
-    const quint64 at = _size - kTrailerSize;
+    const quint64 at = _size - F::kTrailerSize;
     const uchar *trailer = _data + at;
-    _offsetSize = trailer[kTrailerOffsetSize];
-    _refSize = trailer[kTrailerRefSize];
-    _objectCount = readBigEndian(trailer + kTrailerObjectCount, 8);
-    _topObject = readBigEndian(trailer + kTrailerTopObject, 8);
-    _tableOffset = readBigEndian(trailer + kTrailerTableOffset, 8);
+    _offsetSize = trailer[F::kTrailerOffsetSize];
+    _refSize = trailer[F::kTrailerRefSize];
+    _objectCount = readBigEndian(trailer + F::kTrailerObjectCount, 8);
+    _topObject = readBigEndian(trailer + F::kTrailerTopObject, 8);
+    _tableOffset = readBigEndian(trailer + F::kTrailerTableOffset, 8);
     return checkTrailer(at);
 }
 
@@ -216,33 +212,33 @@ bool Parser::checkTrailer(quint64 at)
 {
     if (_offsetSize < 1 || _offsetSize > 8)
         return fail(
-            at + kTrailerOffsetSize, ReadError::Kind::Header,
+            at + F::kTrailerOffsetSize, ReadError::Kind::Header,
             QStringLiteral("expected an offset size of 1 to 8 bytes, found %1").arg(_offsetSize));
     if (_refSize < 1 || _refSize > 8)
-        return fail(at + kTrailerRefSize, ReadError::Kind::Header,
+        return fail(at + F::kTrailerRefSize, ReadError::Kind::Header,
                     QStringLiteral("expected an object reference size of 1 to 8 bytes, found %1")
                         .arg(_refSize));
     if (_objectCount == 0)
-        return fail(at + kTrailerObjectCount, ReadError::Kind::Header,
+        return fail(at + F::kTrailerObjectCount, ReadError::Kind::Header,
                     QStringLiteral("expected at least one object, found none"));
     if (_topObject >= _objectCount)
-        return fail(at + kTrailerTopObject, ReadError::Kind::Header,
+        return fail(at + F::kTrailerTopObject, ReadError::Kind::Header,
                     QStringLiteral("top object %1 is out of range: the file has %2 objects")
                         .arg(_topObject)
                         .arg(_objectCount));
-    if (_tableOffset <= kHeaderSize)
-        return fail(at + kTrailerTableOffset, ReadError::Kind::Header,
+    if (_tableOffset <= F::kHeaderSize)
+        return fail(at + F::kTrailerTableOffset, ReadError::Kind::Header,
                     QStringLiteral("the offset table starts at byte %1, leaving no room for "
                                    "objects after the header")
                         .arg(_tableOffset));
     if (_tableOffset >= at)
-        return fail(at + kTrailerTableOffset, ReadError::Kind::Header,
+        return fail(at + F::kTrailerTableOffset, ReadError::Kind::Header,
                     QStringLiteral("the offset table starts at byte %1, not before the trailer "
                                    "at byte %2")
                         .arg(_tableOffset)
                         .arg(at));
     if (_objectCount > (at - _tableOffset) / _offsetSize) // a product could wrap
-        return fail(at + kTrailerObjectCount, ReadError::Kind::Header,
+        return fail(at + F::kTrailerObjectCount, ReadError::Kind::Header,
                     QStringLiteral("an offset table of %1 entries, %2 bytes each, does not fit in "
                                    "the %3 bytes between byte %4 and the trailer")
                         .arg(_objectCount)
@@ -250,12 +246,12 @@ bool Parser::checkTrailer(quint64 at)
                         .arg(at - _tableOffset)
                         .arg(_tableOffset));
     if (_objectCount - 1 > largestOfWidth(_refSize))
-        return fail(at + kTrailerRefSize, ReadError::Kind::Header,
+        return fail(at + F::kTrailerRefSize, ReadError::Kind::Header,
                     QStringLiteral("%1-byte object references cannot reach all %2 objects")
                         .arg(_refSize)
                         .arg(_objectCount));
     if (_tableOffset - 1 > largestOfWidth(_offsetSize))
-        return fail(at + kTrailerOffsetSize, ReadError::Kind::Header,
+        return fail(at + F::kTrailerOffsetSize, ReadError::Kind::Header,
                     QStringLiteral("%1-byte offsets cannot reach objects up to byte %2")
                         .arg(_offsetSize)
                         .arg(_tableOffset - 1));
@@ -277,7 +273,7 @@ ReadResult Parser::run()
         return ReadResult::failure(_error);
     if (top)
         return ReadResult::success(take(top, fresh), ADPlistFormatBinary);
-    if (!openContainer(_topObject, offset, _size - kTrailerSize + kTrailerTopObject))
+    if (!openContainer(_topObject, offset, _size - F::kTrailerSize + F::kTrailerTopObject))
         return ReadResult::failure(_error);
     for (;;) {
         const Opened &filled = _open.info();
@@ -337,7 +333,7 @@ bool Parser::objectOffset(quint64 object, quint64 &offset)
 {
     const quint64 entry = _tableOffset + object * _offsetSize; // the table fits, so no wrap
     offset = readBigEndian(_data + entry, _offsetSize);
-    if (offset < kHeaderSize)
+    if (offset < F::kHeaderSize)
         return fail(entry, ReadError::Kind::Reference,
                     QStringLiteral("object %1 starts at byte %2, inside the header")
                         .arg(object)
@@ -363,8 +359,8 @@ bool Parser::resolve(quint64 object, PlistValue &fresh, const PlistValue *&value
     }
     if (!objectOffset(object, offset))
         return false;
-    const uchar kind = _data[offset] >> 4;
-    if (kind == 0xA || kind == 0xD)
+    const F::Type type = F::typeOf(_data[offset]);
+    if (type == F::Array || type == F::Dictionary)
         return true;
     if (!readLeaf(offset, fresh))
         return false;
@@ -399,8 +395,8 @@ bool Parser::readKey(quint64 refAt, PlistValue &fresh, const PlistValue *&key)
         if (!objectOffset(object, offset))
             return false;
         const uchar marker = _data[offset];
-        const uchar kind = marker >> 4;
-        if (kind != 0x1 && kind != 0x5 && kind != 0x6)
+        const F::Type type = F::typeOf(marker);
+        if (type != F::Integer && type != F::AsciiString && type != F::Utf16String)
             return fail(refAt, ReadError::Kind::Structure,
                         QStringLiteral("expected a string as dictionary key, found %1 "
                                        "(object %2)")
@@ -434,7 +430,7 @@ bool Parser::openContainer(quint64 object, quint64 offset, quint64 refAt)
     quint64 count = 0;
     if (!readLength(offset, start, count))
         return false;
-    const bool isDictionary = _data[offset] >> 4 == 0xD;
+    const bool isDictionary = F::typeOf(_data[offset]) == F::Dictionary;
     const quint64 entryBytes = isDictionary ? 2 * _refSize : _refSize;
     if (count > (_tableOffset - start) / entryBytes)
         return fail(
@@ -461,21 +457,21 @@ bool Parser::openContainer(quint64 object, quint64 offset, quint64 refAt)
 // The count in a marker's low half, or the integer after it when that half is 0xF.
 bool Parser::readLength(quint64 offset, quint64 &start, quint64 &length)
 {
-    const uchar low = _data[offset] & 0x0F;
+    const uchar low = F::lowOf(_data[offset]);
     start = offset + 1;
-    if (low != 0x0F) {
+    if (low != F::kCountFollows) {
         length = low;
         return true;
     }
     if (!fits(start, 1))
         return truncated(offset, QStringLiteral("a length"));
     const uchar marker = _data[start];
-    if (marker >> 4 != 0x1 || (marker & 0x0F) > 3)
+    if (F::typeOf(marker) != F::Integer || F::lowOf(marker) > 3)
         return fail(start, ReadError::Kind::Syntax,
                     QStringLiteral("expected a length as an integer of 1, 2, 4 or 8 bytes, "
                                    "found %1")
                         .arg(hexByte(marker)));
-    const quint64 width = quint64(1) << (marker & 0x0F);
+    const quint64 width = quint64(1) << F::lowOf(marker);
     if (!fits(start + 1, width))
         return truncated(start, QStringLiteral("a length of %1 bytes").arg(width));
     length = readBigEndian(_data + start + 1, width);
@@ -486,24 +482,24 @@ bool Parser::readLength(quint64 offset, quint64 &start, quint64 &length)
 bool Parser::readLeaf(quint64 offset, PlistValue &out)
 {
     const uchar marker = _data[offset];
-    switch (marker >> 4) {
-    case 0x0:
+    switch (F::typeOf(marker)) {
+    case F::Special:
         return readSpecial(offset, out);
-    case 0x1:
+    case F::Integer:
         return readInteger(offset, out);
-    case 0x2:
+    case F::Real:
         return readReal(offset, out);
-    case 0x3:
+    case F::Date:
         return readDate(offset, out);
-    case 0x4:
+    case F::Data:
         return readData(offset, out);
-    case 0x5:
+    case F::AsciiString:
         return readAscii(offset, out);
-    case 0x6:
+    case F::Utf16String:
         return readUtf16(offset, out);
-    case 0x8:
+    case F::Uid:
         return readUid(offset, out);
-    case 0xC:
+    case F::Set:
         return fail(offset, ReadError::Kind::Unsupported,
                     QStringLiteral("found a set (marker %1), which a property list "
                                    "value cannot hold")
@@ -517,16 +513,16 @@ bool Parser::readLeaf(quint64 offset, PlistValue &out)
 bool Parser::readSpecial(quint64 offset, PlistValue &out)
 {
     switch (_data[offset]) {
-    case 0x00:
+    case F::kNull:
         out = PlistValue::null();
         return true;
-    case 0x08:
+    case F::kFalse:
         out = PlistValue(false);
         return true;
-    case 0x09:
+    case F::kTrue:
         out = PlistValue(true);
         return true;
-    case 0x0F:
+    case F::kFill:
         return fail(offset, ReadError::Kind::Unsupported,
                     QStringLiteral("found a fill byte (0x0f), which pads between "
                                    "objects and is no object itself"));
@@ -538,7 +534,7 @@ bool Parser::readSpecial(quint64 offset, PlistValue &out)
 
 bool Parser::readInteger(quint64 offset, PlistValue &out)
 {
-    const uchar low = _data[offset] & 0x0F;
+    const uchar low = F::lowOf(_data[offset]);
     if (low > 4)
         return fail(offset, ReadError::Kind::Number,
                     QStringLiteral("expected an integer of 1, 2, 4, 8 or 16 bytes, "
@@ -559,7 +555,7 @@ bool Parser::readInteger(quint64 offset, PlistValue &out)
 
 bool Parser::readReal(quint64 offset, PlistValue &out)
 {
-    const uchar low = _data[offset] & 0x0F;
+    const uchar low = F::lowOf(_data[offset]);
     if (low != 2 && low != 3)
         return fail(offset, ReadError::Kind::Number,
                     QStringLiteral("expected a real of 4 or 8 bytes, found marker %1")
@@ -577,7 +573,7 @@ bool Parser::readReal(quint64 offset, PlistValue &out)
 
 bool Parser::readDate(quint64 offset, PlistValue &out)
 {
-    if (_data[offset] != 0x33)
+    if (_data[offset] != F::kDate)
         return fail(offset, ReadError::Kind::Date,
                     QStringLiteral("expected a date of 8 bytes (marker 0x33), found %1")
                         .arg(hexByte(_data[offset])));
@@ -629,12 +625,13 @@ quint64 Parser::largeDataBytes() const
     quint64 total = 0;
     for (quint64 i = 0; i < _objectCount; ++i) {
         const quint64 offset = readBigEndian(_data + _tableOffset + i * _offsetSize, _offsetSize);
-        if (offset < kHeaderSize || offset >= _tableOffset || _data[offset] != 0x4F)
+        if (offset < F::kHeaderSize || offset >= _tableOffset ||
+            _data[offset] != F::marker(F::Data, F::kCountFollows))
             continue; // not data, or too short to need the long length
         const quint64 at = offset + 1;
-        if (!fits(at, 1) || _data[at] >> 4 != 0x1 || (_data[at] & 0x0F) > 3)
+        if (!fits(at, 1) || F::typeOf(_data[at]) != F::Integer || F::lowOf(_data[at]) > 3)
             continue;
-        const quint64 width = quint64(1) << (_data[at] & 0x0F);
+        const quint64 width = quint64(1) << F::lowOf(_data[at]);
         if (!fits(at + 1, width))
             continue;
         const quint64 length = readBigEndian(_data + at + 1, width);
@@ -697,7 +694,7 @@ bool Parser::readUtf16(quint64 offset, PlistValue &out)
 // UIDs come in 1 to 16 bytes; beyond 8 the high bytes must be zero.
 bool Parser::readUid(quint64 offset, PlistValue &out)
 {
-    const quint64 width = quint64(_data[offset] & 0x0F) + 1;
+    const quint64 width = quint64(F::lowOf(_data[offset])) + 1;
     if (!fits(offset + 1, width))
         return truncated(offset, QStringLiteral("a UID of %1 bytes").arg(width));
     const uchar *p = _data + offset + 1;
@@ -717,7 +714,7 @@ bool Parser::readUid(quint64 offset, PlistValue &out)
 
 bool BinaryReader::recognizes(QByteArrayView bytes)
 {
-    return bytes.startsWith(QByteArrayView("bplist"));
+    return bytes.startsWith(QByteArrayView(F::kMagic, 6)); // "bplist": any version, any length
 }
 
 ReadResult BinaryReader::read(QByteArrayView bytes)
