@@ -1,11 +1,11 @@
 #include "AsciiReader.h"
 
 #include "AsciiDate.h"
+#include "BackslashEscapes.h"
 #include "ContainerBuilder.h"
 #include "JsonEncoding.h"
 #include "SimdText.h"
 #include "StringCache.h"
-#include "TextPosition.h"
 #include "UnicodeText.h"
 #include "shared/NumberText.h"
 #include "shared/PlistDictionary.h"
@@ -88,13 +88,11 @@ int base64Value(char c)
     return -1;
 }
 
-// The value of a typed form's contents, or the kind of mistake they hold.
-ReadError::Kind typedInteger(QByteArrayView text, PlistValue &out)
+// What a number's status means for a typed form.
+ReadError::Kind mistakeOf(NumberText::Status status)
 {
-    NumberText::Integer integer;
-    switch (NumberText::parseInteger(text, NumberText::Decimal, integer)) {
+    switch (status) {
     case NumberText::Status::Ok:
-        out = integer.negative ? PlistValue(integer.toSigned()) : PlistValue(integer.magnitude);
         return ReadError::Kind::None;
     case NumberText::Status::OutOfRange:
         return ReadError::Kind::OutOfRange;
@@ -104,19 +102,23 @@ ReadError::Kind typedInteger(QByteArrayView text, PlistValue &out)
     return ReadError::Kind::Number;
 }
 
+// The value of a typed form's contents, or the kind of mistake they hold.
+ReadError::Kind typedInteger(QByteArrayView text, PlistValue &out)
+{
+    NumberText::Integer integer;
+    const NumberText::Status status = NumberText::parseInteger(text, NumberText::Decimal, integer);
+    if (status == NumberText::Status::Ok)
+        out = integer.negative ? PlistValue(integer.toSigned()) : PlistValue(integer.magnitude);
+    return mistakeOf(status);
+}
+
 ReadError::Kind typedReal(QByteArrayView text, PlistValue &out)
 {
     double value = 0;
-    switch (NumberText::parseReal(text, value)) {
-    case NumberText::Status::Ok:
+    const NumberText::Status status = NumberText::parseReal(text, value);
+    if (status == NumberText::Status::Ok)
         out = PlistValue(value);
-        return ReadError::Kind::None;
-    case NumberText::Status::OutOfRange:
-        return ReadError::Kind::OutOfRange;
-    case NumberText::Status::Malformed:
-        break;
-    }
-    return ReadError::Kind::Number;
+    return mistakeOf(status);
 }
 
 ReadError::Kind typedBoolean(QByteArrayView text, PlistValue &out)
@@ -509,10 +511,8 @@ bool Parser::readEscape(const char *start)
         return false;
     }
     const char c = *_p++;
-    static constexpr std::string_view kLetters = "abfnrtv";
-    static constexpr char16_t kUnits[] = u"\a\b\f\n\r\t\v";
-    if (const size_t at = kLetters.find(c); at != std::string_view::npos) {
-        _buffer.push_back(kUnits[at]);
+    if (const int unit = BackslashEscapes::unitFor(c, "abfnrtv"); unit >= 0) {
+        _buffer.push_back(char16_t(unit));
         return true;
     }
     if (c == 'x')
@@ -712,13 +712,10 @@ QString Parser::unclosed() const
 {
     if (_p < _end || inStringsFile())
         return {};
-    const TextPosition opened =
-        TextPosition::at(QByteArrayView(_begin, _end), _open.info().at - _begin);
-    return QStringLiteral(" (the %1 opened at line %2, column %3 is not closed)")
-        .arg(_open.kind() == Builder::Kind::Array ? QStringLiteral("array")
-                                                  : QStringLiteral("dictionary"))
-        .arg(opened.line)
-        .arg(opened.column);
+    return JsonEncoding::unclosedNote(_begin, _end, _open.info().at,
+                                      _open.kind() == Builder::Kind::Array
+                                          ? QLatin1StringView("array")
+                                          : QLatin1StringView("dictionary"));
 }
 
 } // namespace
@@ -729,12 +726,5 @@ ReadResult AsciiReader::read(QByteArrayView bytes)
     if (bytes.isEmpty())
         return ReadResult::failure(
             {QStringLiteral("the data is empty"), 0, 1, 1, ReadError::Kind::Empty});
-    JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
-    if (input.error.kind != ReadError::Kind::None)
-        return ReadResult::failure(input.error);
-    Parser parser(input.text);
-    PlistValue value = parser.parse();
-    if (!value.isNone())
-        return ReadResult::success(std::move(value), ADPlistFormatASCII);
-    return ReadResult::failure(input.parseError(parser.failure()));
+    return JsonEncoding::read<Parser>(bytes, ADPlistFormatASCII);
 }

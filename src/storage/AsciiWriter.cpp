@@ -1,6 +1,7 @@
 #include "AsciiWriter.h"
 
 #include "AsciiDate.h"
+#include "BackslashEscapes.h"
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -52,51 +53,15 @@ template <typename Unit> bool needsQuotes(const Unit *units, qsizetype size)
 
 void appendEscape(QByteArray &out, char16_t c)
 {
-    switch (c) {
-    case u'"':
-        out += "\\\"";
-        return;
-    case u'\\':
-        out += "\\\\";
-        return;
-    case u'\n':
-        out += "\\n";
-        return;
-    case u'\t':
-        out += "\\t";
-        return;
-    case u'\r':
-        out += "\\r";
-        return;
-    case u'\a':
-        out += "\\a";
-        return;
-    case u'\b':
-        out += "\\b";
-        return;
-    case u'\f':
-        out += "\\f";
-        return;
-    case u'\v':
-        out += "\\v";
-        return;
-    default:
-        break;
-    }
-    if (c < 0x20 || c == 0x7F) {
+    constexpr std::string_view kLetters = "\"\\abfnrtv";
+    if ((c < 0x20 || c == 0x7F) && !BackslashEscapes::letterFor(c, kLetters)) {
         // Always three digits, so that a digit after it is not taken in.
         const char octal[] = {'\\', char('0' + (c >> 6)), char('0' + ((c >> 3) & 7)),
                               char('0' + (c & 7))};
         out.append(octal, 4);
         return;
     }
-    const char unicode[] = {'\\',
-                            'U',
-                            kHexDigits[c >> 12],
-                            kHexDigits[(c >> 8) & 0xF],
-                            kHexDigits[(c >> 4) & 0xF],
-                            kHexDigits[c & 0xF]};
-    out.append(unicode, 6);
+    BackslashEscapes::append(out, c, kLetters, 'U');
 }
 
 template <typename Unit> void appendString(QByteArray &out, const Unit *units, qsizetype size)

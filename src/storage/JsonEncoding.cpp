@@ -111,6 +111,16 @@ JsonEncoding::Failure JsonEncoding::failure(const char *begin, const char *end, 
     return {at - begin, kind, message};
 }
 
+QString JsonEncoding::unclosedNote(const char *begin, const char *end, const char *openedAt,
+                                   QLatin1StringView what)
+{
+    const TextPosition opened = TextPosition::at(QByteArrayView(begin, end), openedAt - begin);
+    return QStringLiteral(" (the %1 opened at line %2, column %3 is not closed)")
+        .arg(what)
+        .arg(opened.line)
+        .arg(opened.column);
+}
+
 QString JsonEncoding::describe(const char *p, const char *end)
 {
     if (p >= end)

@@ -53,6 +53,24 @@ public:
     /// out of place at the end of the text means it was cut short.
     static Failure failure(const char *begin, const char *end, const char *at, ReadError::Kind kind,
                            const QString &message);
+    /// For a message at the end of the text, where the innermost open
+    /// container began: " (the array opened at line 2, column 3 is not closed)".
+    static QString unclosedNote(const char *begin, const char *end, const char *openedAt,
+                                QLatin1StringView what);
+    /// Decodes `bytes` and reads the text with `Parser(text).parse()`, which
+    /// gives a value or none with its `failure()`; an ill-formed byte of the
+    /// text is reported before that failure.
+    template <typename Parser> static ReadResult read(QByteArrayView bytes, ADPlistFormat format)
+    {
+        const Utf8Text input = decode(bytes);
+        if (input.error.kind != ReadError::Kind::None)
+            return ReadResult::failure(input.error);
+        Parser parser(input.text);
+        PlistValue value = parser.parse();
+        if (!value.isNone())
+            return ReadResult::success(std::move(value), format);
+        return ReadResult::failure(input.parseError(parser.failure()));
+    }
     /// What stands at `p`, for the "found ..." of a message: a printable
     /// character in quotes, a control or ill-formed byte by its code, or the
     /// end of the text.

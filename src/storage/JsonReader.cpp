@@ -1,10 +1,10 @@
 #include "JsonReader.h"
 
+#include "BackslashEscapes.h"
 #include "ContainerBuilder.h"
 #include "JsonEncoding.h"
 #include "SimdText.h"
 #include "StringCache.h"
-#include "TextPosition.h"
 #include "UnicodeText.h"
 #include "shared/NumberText.h"
 
@@ -322,10 +322,8 @@ bool Parser::readEscape()
 {
     const char *escape = _p++;
     const char c = _p < _end ? *_p++ : '\0';
-    static constexpr std::string_view kLetters = "\"\\/bfnrt";
-    static constexpr char16_t kUnits[] = u"\"\\/\b\f\n\r\t";
-    if (const size_t at = kLetters.find(c); at != std::string_view::npos) {
-        _buffer.push_back(kUnits[at]);
+    if (const int unit = BackslashEscapes::unitFor(c, "\"\\/bfnrt"); unit >= 0) {
+        _buffer.push_back(char16_t(unit));
         return true;
     }
     if (c != 'u') {
@@ -366,25 +364,15 @@ QString Parser::unclosed() const
 {
     if (_p < _end || _open.isEmpty())
         return {};
-    const TextPosition opened =
-        TextPosition::at(QByteArrayView(_begin, _end), _open.info().at - _begin);
-    return QStringLiteral(" (the %1 opened at line %2, column %3 is not closed)")
-        .arg(_open.kind() == Builder::Kind::Dictionary ? QStringLiteral("object")
-                                                       : QStringLiteral("array"))
-        .arg(opened.line)
-        .arg(opened.column);
+    return JsonEncoding::unclosedNote(_begin, _end, _open.info().at,
+                                      _open.kind() == Builder::Kind::Dictionary
+                                          ? QLatin1StringView("object")
+                                          : QLatin1StringView("array"));
 }
 
 } // namespace
 
 ReadResult JsonReader::read(QByteArrayView bytes)
 {
-    JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
-    if (input.error.kind != ReadError::Kind::None)
-        return ReadResult::failure(input.error);
-    Parser parser(input.text);
-    PlistValue value = parser.parse();
-    if (!value.isNone())
-        return ReadResult::success(std::move(value), ADPlistFormatJSON);
-    return ReadResult::failure(input.parseError(parser.failure()));
+    return JsonEncoding::read<Parser>(bytes, ADPlistFormatJSON);
 }

@@ -1,5 +1,6 @@
 #include "JsonWriter.h"
 
+#include "BackslashEscapes.h"
 #include "UnicodeText.h"
 #include "shared/NumberText.h"
 #include "shared/PlistArray.h"
@@ -16,52 +17,17 @@ constexpr int kIndentWidth = 2;
 // Deeper levels stay at this indentation, so that the text of a value nested
 // 100,000 deep grows with its depth, not with the square of it.
 constexpr qsizetype kDeepestIndent = 32;
-constexpr char kHexDigits[] = "0123456789abcdef";
 
 bool isPlain(char32_t c)
 {
     return c >= 0x20 && c < 0x80 && c != '"' && c != '\\';
 }
 
-void appendUnicodeEscape(QByteArray &out, char16_t c)
+// A character that JSON escapes: a quote, a backslash, a control
+// character, or a lone surrogate, which has no UTF-8.
+void appendEscape(QByteArray &out, char16_t c)
 {
-    const char escape[] = {'\\',
-                           'u',
-                           kHexDigits[c >> 12],
-                           kHexDigits[(c >> 8) & 0xF],
-                           kHexDigits[(c >> 4) & 0xF],
-                           kHexDigits[c & 0xF]};
-    out.append(escape, 6);
-}
-
-void appendAsciiEscape(QByteArray &out, char16_t c)
-{
-    switch (c) {
-    case u'"':
-        out += "\\\"";
-        return;
-    case u'\\':
-        out += "\\\\";
-        return;
-    case u'\n':
-        out += "\\n";
-        return;
-    case u'\t':
-        out += "\\t";
-        return;
-    case u'\r':
-        out += "\\r";
-        return;
-    case u'\b':
-        out += "\\b";
-        return;
-    case u'\f':
-        out += "\\f";
-        return;
-    default:
-        appendUnicodeEscape(out, c);
-        return;
-    }
+    BackslashEscapes::append(out, c, "\"\\bfnrt", 'u');
 }
 
 void appendString(QByteArray &out, const uchar *latin1, qsizetype size)
@@ -74,7 +40,7 @@ void appendString(QByteArray &out, const uchar *latin1, qsizetype size)
         out.append(reinterpret_cast<const char *>(latin1 + run), i - run);
         run = i + 1;
         if (latin1[i] < 0x80)
-            appendAsciiEscape(out, latin1[i]);
+            appendEscape(out, latin1[i]);
         else
             UnicodeText::append(out, latin1[i]);
     }
@@ -91,9 +57,9 @@ void appendString(QByteArray &out, const char16_t *units, qsizetype size)
         if (isPlain(c))
             out += char(c);
         else if (c < 0x80)
-            appendAsciiEscape(out, char16_t(c));
+            appendEscape(out, char16_t(c));
         else if (UnicodeText::isSurrogate(c))
-            appendUnicodeEscape(out, char16_t(c)); // a lone surrogate has no UTF-8
+            appendEscape(out, char16_t(c));
         else
             UnicodeText::append(out, c);
     }
