@@ -14,12 +14,15 @@
 /// it), else UTF-8. The old-style reader uses the same rule, since strings
 /// files are often UTF-16 and sometimes lack the mark.
 ///
-/// UTF-8 input is used in place and not checked here: a reader checks the
-/// bytes its grammar lets through unseen (strings, comments) as it goes; when a parse fails,
-/// `parseError` reports an ill-formed byte first, as if the whole text had been checked before
-/// reading. Valid UTF-8 means shortest forms only, no surrogates, no code point above U+10FFFF.
-/// UTF-16 and UTF-32 are transcoded. A NUL character is refused in every encoding: no text format
-/// here allows one outside an escape. Stateless; safe on any thread.
+/// UTF-8 input is used where it lies and not checked here: a reader checks
+/// the bytes its grammar lets through unseen (strings, comments) as it goes;
+/// when a parse fails, `parseError` reports an ill-formed byte first, as if
+/// the whole text had been checked before reading. Valid UTF-8 means shortest
+/// forms only, no surrogates, no code point above U+10FFFF. UTF-16 and UTF-32
+/// are transcoded. A NUL character is refused in every encoding: no text
+/// format here allows one outside an escape. Also what the two readers share
+/// around their parsers: the entry, how a failure is placed and worded.
+/// Stateless; safe on any thread.
 class JsonEncoding
 {
 public:
