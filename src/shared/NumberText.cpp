@@ -148,16 +148,6 @@ std::optional<qint64> NumberText::scanInteger(QByteArrayView text)
                                               : qint64(magnitude);
 }
 
-char *NumberText::formatInteger(qint64 value, char *out)
-{
-    return std::to_chars(out, out + kMaxIntegerLength, value).ptr;
-}
-
-char *NumberText::formatInteger(quint64 value, char *out)
-{
-    return std::to_chars(out, out + kMaxIntegerLength, value).ptr;
-}
-
 char *NumberText::formatReal(double value, char *out)
 {
     return std::to_chars(out, out + kMaxRealLength, value).ptr;

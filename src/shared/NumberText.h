@@ -3,6 +3,7 @@
 #include <QByteArrayView>
 #include <QtGlobal>
 
+#include <charconv>
 #include <limits>
 #include <optional>
 
@@ -96,8 +97,14 @@ public:
     }
 
     /// Writes the decimal text of `value` at `out`; returns its end.
-    static char *formatInteger(qint64 value, char *out);
-    static char *formatInteger(quint64 value, char *out);
+    static char *formatInteger(qint64 value, char *out)
+    {
+        return std::to_chars(out, out + kMaxIntegerLength, value).ptr;
+    }
+    static char *formatInteger(quint64 value, char *out)
+    {
+        return std::to_chars(out, out + kMaxIntegerLength, value).ptr;
+    }
     /// Writes the shortest text that reads back as the same double ("0.1",
     /// "1e+300"; "inf", "-inf" and "nan" for the others); returns its end.
     static char *formatReal(double value, char *out);

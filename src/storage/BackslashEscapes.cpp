@@ -1,29 +1,5 @@
 #include "BackslashEscapes.h"
 
-namespace {
-
-// Every letter any format takes, and the unit it stands for.
-constexpr std::string_view kLetters = "\"\\/abfnrtv";
-constexpr char16_t kUnits[] = u"\"\\/\a\b\f\n\r\t\v";
-
-} // namespace
-
-int BackslashEscapes::unitFor(char letter, std::string_view letters)
-{
-    if (letters.find(letter) == std::string_view::npos)
-        return -1;
-    return kUnits[kLetters.find(letter)];
-}
-
-char BackslashEscapes::letterFor(char16_t unit, std::string_view letters)
-{
-    for (const char letter : letters) {
-        if (kUnits[kLetters.find(letter)] == unit)
-            return letter;
-    }
-    return 0;
-}
-
 void BackslashEscapes::append(QByteArray &out, char16_t unit, std::string_view letters, char marker)
 {
     static constexpr char kHexDigits[] = "0123456789abcdef";

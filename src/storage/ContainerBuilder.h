@@ -64,8 +64,10 @@ public:
         Frame &frame = _open.back();
         if (frame.gathers)
             _elements.push_back(std::move(element));
+        else if (!frame.array.isNull())
+            frame.array.append(std::move(element));
         else
-            addToMade(frame, std::move(element));
+            addToMadeDictionary(frame, std::move(element));
     }
     /// Adds a key and its value to the innermost dictionary.
     void addPair(PlistValue key, PlistValue value)
@@ -110,11 +112,9 @@ public:
 private:
     struct Frame;
 
-    static Q_NEVER_INLINE void addToMade(Frame &frame, PlistValue element)
+    static Q_NEVER_INLINE void addToMadeDictionary(Frame &frame, PlistValue element)
     {
-        if (!frame.array.isNull()) {
-            frame.array.append(std::move(element));
-        } else if (frame.key.isNone()) {
+        if (frame.key.isNone()) {
             frame.key = std::move(element);
         } else {
             frame.dictionary.append(std::move(frame.key), std::move(element));

@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+#include <array>
+
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -143,6 +145,12 @@ public:
         return Scalar::findXmlSpecial(p, end);
     }
 
+    /// Whether XML text cannot hold `c` as it is: & < > ' " or a byte beyond ASCII.
+    static bool isXmlSpecial(char c)
+    {
+        return kXmlSpecial[uchar(c)];
+    }
+
     /// Writes `blocks` groups of twelve bytes as sixteen Base64 digits each;
     /// returns the end of what was written. May read four bytes past the
     /// last block.
@@ -153,10 +161,14 @@ private:
     {
         return c == ' ' || c == '\t' || c == '\n' || c == '\r';
     }
-    static bool isXmlSpecial(char c)
-    {
-        return uchar(c) >= 0x80 || c == '&' || c == '<' || c == '>' || c == '\'' || c == '"';
-    }
+    static constexpr std::array<bool, 256> kXmlSpecial = [] {
+        std::array<bool, 256> table{};
+        for (int c = 0x80; c < 256; ++c)
+            table[size_t(c)] = true;
+        for (const char c : {'&', '<', '>', '\'', '"'})
+            table[uchar(c)] = true;
+        return table;
+    }();
 #ifdef __SSE2__
     static __m128i load(const char *p)
     {
