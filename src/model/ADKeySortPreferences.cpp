@@ -20,9 +20,8 @@ void ADKeySortPreferences::setProvider(Provider p)
     provider() = std::move(p);
 }
 
-KZComparison ADKeySortPreferences::keySortSelector()
+KZComparison ADKeySortPreferences::selectorFor(const Values &v)
 {
-    const Values v = current();
     if (v.sortCaseSensitive)
         return v.sortNumeric ? KZComparison::NumericCompare : KZComparison::Compare;
     return v.sortNumeric ? KZComparison::NumericCaseInsensitiveCompare

@@ -24,6 +24,7 @@ public:
     static void setProvider(Provider provider);
 
     /// The comparison the two sort defaults name.
-    static KZComparison keySortSelector();
+    static KZComparison keySortSelector() { return selectorFor(current()); }
+    static KZComparison selectorFor(const Values &values);
     static bool keepKeyOrder() { return current().keepKeyOrder; }
 };

@@ -11,7 +11,7 @@ bool hasGrandchildren(const ADPlistObject *node)
 
 ADPlistObject::Pointer pointerTo(ADPlistObject *node)
 {
-    return node ? node->shared_from_this() : nullptr;
+    return ADPlistObject::Pointer(node);
 }
 
 } // namespace
@@ -87,7 +87,9 @@ ADPlistObject *ADPlistIterator::previousObject()
         while (hasGrandchildren(deepest))
             deepest = deepest->childAtIndex(deepest->childCount() - 1);
         if (deepest == _rootObject.get()) {
-            _iterationComplete = true; // nothing below the root: the walk is over at once
+            // Nothing below the root: the walk is over at once, as forward. Standing
+            // on the root instead would answer it again on every later call.
+            _iterationComplete = true;
             return currentObject();
         }
         _currentObject = pointerTo(deepest->plistObjectParent());

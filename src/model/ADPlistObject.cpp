@@ -1,61 +1,30 @@
 #include "ADPlistObject.h"
-#include "shared/KZReferenceDate.h"
 
+#include "ADKeyOrder.h"
 #include "ADKeySortPreferences.h"
 #include "ADPlistNotifications.h"
 
+#include "shared/KZError.h"
 #include "shared/KZLocalizedString.h"
 #include "shared/KZNotificationCenter.h"
+#include "shared/KZReferenceDate.h"
 #include "shared/KZStringAdditions.h"
+#include "shared/NodeAllocator.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "shared/PlistValueInternals.h"
+#include "storage/PlistFileIO.h"
 
-#include <QDateTime>
 #include <QSet>
 
-#include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <exception>
 
 namespace {
 
-// A keyed-archiver UID shows in the tree as the dictionary {"CF$UID": n}.
-PlistValue shownValue(const PlistValue &plist)
-{
-    if (plist.kind() != PlistValue::Kind::Uid)
-        return plist;
-    PlistDictionary d = PlistDictionary::create(1);
-    d.insert(QStringLiteral("CF$UID"), PlistValue(qint64(qint32(plist.toUid()))));
-    return d;
-}
-
-// Positions of a dictionary's keys in the order the tree shows them.
-std::vector<qsizetype> keyOrder(const PlistDictionary &d, const QStringList &keys)
-{
-    std::vector<qsizetype> order(size_t(d.count()));
-    std::iota(order.begin(), order.end(), 0);
-    if (ADKeySortPreferences::keepKeyOrder())
-        return order;
-    const KZComparison comparison = ADKeySortPreferences::keySortSelector();
-    // Stable, so equal keys keep the order they came in.
-    std::stable_sort(order.begin(), order.end(), [&](qsizetype a, qsizetype b) {
-        return KZCompareStrings(comparison, keys[a], keys[b]) < 0;
-    });
-    return order;
-}
-
-bool isIdentity(const std::vector<qsizetype> &order)
-{
-    for (size_t i = 0; i < order.size(); ++i) {
-        if (order[i] != qsizetype(i))
-            return false;
-    }
-    return true;
-}
-
-// Destroying a node destroys its children; in a tree 100,000 deep that would
-// recurse as deep. The outermost destructor on a thread drains a queue of
-// children, and destructors run meanwhile only add to it.
+// Destroying a node destroys the children only it holds; in a tree 100,000
+// deep that would recurse as deep. The outermost destructor on a thread
+// drains a queue of children, and destructors run meanwhile only add to it.
 thread_local std::vector<ADPlistObject::Pointer> *pendingChildren = nullptr;
 
 QString addressText(const void *object)
@@ -66,26 +35,48 @@ QString addressText(const void *object)
 } // namespace
 
 ADPlistObject::ADPlistObject(Passkey, PlistValue plist, ADPlistParent *parent)
-    : _plist(std::move(plist)), _parent(parent)
-{}
+    : _plist(std::move(plist))
+{
+    setParent(parent);
+}
 
 ADPlistObject::~ADPlistObject()
 {
     if (!_children)
         return;
     if (pendingChildren) {
-        for (Pointer &child : *_children)
-            pendingChildren->push_back(std::move(child));
+        for (Pointer &child : *_children) {
+            if (child)
+                pendingChildren->push_back(std::move(child));
+        }
         return;
     }
-    std::vector<Pointer> queue = std::move(*_children);
+    std::vector<Pointer> queue;
     pendingChildren = &queue;
+    for (Pointer &child : *_children)
+        child.reset(); // may queue its own children
     while (!queue.empty()) {
         Pointer last = std::move(queue.back());
         queue.pop_back();
-        last.reset(); // may queue its own children
+        last.reset();
     }
     pendingChildren = nullptr;
+}
+
+void *ADPlistObject::operator new(size_t size)
+{
+    return plist_detail::NodeAllocator::allocate(size);
+}
+
+void ADPlistObject::operator delete(void *node, size_t size) noexcept
+{
+    plist_detail::NodeAllocator::deallocate(node, size);
+}
+
+void ADPlistObject::Pointer::release() noexcept
+{
+    if (_node && _node->_references.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        delete _node;
 }
 
 // --- class operations ------------------------------------------------------------
@@ -135,6 +126,69 @@ PlistValue ADPlistObject::defaultValueForPlistType(ADPlistType type)
     }
 }
 
+PlistValue ADPlistObject::shownValueForPlist(const PlistValue &plist)
+{
+    if (plist.kind() != PlistValue::Kind::Uid)
+        return plist;
+    PlistDictionary d = PlistDictionary::create(1);
+    d.insert(QStringLiteral("CF$UID"), PlistValue(plist.toUid()));
+    return d;
+}
+
+// --- files -------------------------------------------------------------------------
+
+PlistValue ADPlistObject::readPlistFromFile(const QString &path, bool authorizeIfNecessary,
+                                            ADPlistFormat *format, std::optional<KZError> *error)
+{
+    return PlistFileIO::readPlistFromFile(path, authorizeIfNecessary, format, error);
+}
+
+PlistValue ADPlistObject::readPlistFromData(const QByteArray &data, const QString &path,
+                                            ADPlistFormat *format, std::optional<KZError> *error)
+{
+    return PlistFileIO::readPlistFromData(data, path, format, error);
+}
+
+ADPlistObject::Pointer ADPlistObject::plistObjectWithContentsOfFile(const QString &path,
+                                                                    bool authorizeIfNecessary,
+                                                                    ADPlistFormat *format,
+                                                                    std::optional<KZError> *error)
+{
+    try {
+        const PlistValue plist = readPlistFromFile(path, authorizeIfNecessary, format, error);
+        return plist.isNone() ? nullptr : createWithPlist(plist);
+    } catch (const std::exception &e) {
+        // Nothing a file holds may take the program down here.
+        if (error)
+            *error = PlistFileIO::readError(QString::fromLocal8Bit(e.what()));
+        return nullptr;
+    }
+}
+
+ADPlistObject::Pointer ADPlistObject::plistObjectWithData(const QByteArray &data,
+                                                          QVariantMap *attributes)
+{
+    const PlistFileIO::DataRead read = PlistFileIO::readPlistData(data);
+    if (attributes)
+        attributes->insert(PlistObjectFormat, read.plistFormat);
+    if (!read.value.isNone())
+        return createWithPlist(read.value);
+    if (attributes)
+        attributes->insert(PlistObjectErrorString, read.errorString);
+    return nullptr;
+}
+
+std::optional<KZError> ADPlistObject::writePlist(const PlistValue &plist, const QString &path,
+                                                 ADPlistFormat format, bool humanReadable)
+{
+    return PlistFileIO::writePlist(plist, path, format, humanReadable);
+}
+
+QString ADPlistObject::displayStringForPlistFormat(ADPlistFormat format)
+{
+    return PlistFileIO::displayStringForPlistFormat(format);
+}
+
 // --- construction ----------------------------------------------------------------
 
 ADPlistObject::Pointer ADPlistObject::create()
@@ -150,7 +204,8 @@ ADPlistObject::Pointer ADPlistObject::createWithPlistType(ADPlistType type, ADPl
 ADPlistObject::Pointer ADPlistObject::createWithPlist(const PlistValue &plist,
                                                       ADPlistParent *parent)
 {
-    Pointer node = std::make_shared<ADPlistObject>(Passkey{}, shownValue(plist), parent);
+    Pointer node(new ADPlistObject(Passkey{}, shownValueForPlist(plist), parent));
+    node->_showsUid = plist.kind() == PlistValue::Kind::Uid;
     node->createChildrenAndNotify(false);
     return node;
 }
@@ -162,14 +217,15 @@ ADPlistObject::Pointer ADPlistObject::copy() const
 
 // --- tree position -----------------------------------------------------------------
 
-bool ADPlistObject::isRoot() const
+void ADPlistObject::setParent(ADPlistParent *parent)
 {
-    return plistObjectParent() == nullptr;
+    _parent = parent;
+    _parentIsNode = dynamic_cast<ADPlistObject *>(parent) != nullptr;
 }
 
-ADPlistObject *ADPlistObject::plistObjectParent() const
+ADPlistObject *ADPlistObject::nodeOf(ADPlistParent *parent)
 {
-    return dynamic_cast<ADPlistObject *>(_parent);
+    return static_cast<ADPlistObject *>(parent);
 }
 
 ADPlistObject *ADPlistObject::root()
@@ -191,26 +247,83 @@ bool ADPlistObject::hasAncestor(const ADPlistObject *object) const
     return false;
 }
 
+// The chain is walked up to what stands above the root, without a virtual
+// call for each node on the way.
 KZNotificationCenter *ADPlistObject::notificationCenter() const
 {
-    return _parent ? _parent->notificationCenter() : nullptr;
+    const ADPlistObject *top = this;
+    while (const ADPlistObject *up = top->plistObjectParent())
+        top = up;
+    return top->_parent ? top->_parent->notificationCenter() : nullptr;
 }
 
 ADUndoManager *ADPlistObject::undoManager() const
 {
-    return _parent ? _parent->undoManager() : nullptr;
+    const ADPlistObject *top = this;
+    while (const ADPlistObject *up = top->plistObjectParent())
+        top = up;
+    return top->_parent ? top->_parent->undoManager() : nullptr;
 }
 
 ADStructureDefinition *ADPlistObject::structureDefinition() const
 {
-    return _parent ? _parent->structureDefinition() : nullptr;
+    const ADPlistObject *top = this;
+    while (const ADPlistObject *up = top->plistObjectParent())
+        top = up;
+    return top->_parent ? top->_parent->structureDefinition() : nullptr;
+}
+
+const std::shared_ptr<ADValueViewer> &ADPlistObject::valueViewer() const
+{
+    static const std::shared_ptr<ADValueViewer> none;
+    return _extras ? _extras->valueViewer : none;
+}
+
+ADPlistObject::Extras &ADPlistObject::extras()
+{
+    if (!_extras)
+        _extras = std::make_unique<Extras>();
+    return *_extras;
 }
 
 // --- children ------------------------------------------------------------------------
 
 qint64 ADPlistObject::childCount() const
 {
-    return _children ? qint64(_children->size()) : 0;
+    return _childrenDropped ? 0 : _plist.containerCount();
+}
+
+ADPlistObject::Slots &ADPlistObject::childSlots() const
+{
+    if (!_children)
+        _children = std::make_unique<Slots>(size_t(childCount()));
+    return *_children;
+}
+
+const PlistValue &ADPlistObject::entryAtIndex(qint64 index) const
+{
+    return _plist.containerValueAt(index);
+}
+
+ADPlistObject::Pointer ADPlistObject::makeChild(qint64 index) const
+{
+    const PlistValue &entry = entryAtIndex(index);
+    // Children are mostly asked for in order: fetch a later entry's value meanwhile.
+    if (constexpr qint64 kAhead = 8; index + kAhead < _plist.containerCount())
+        plist_detail::PlistValueInternals::prefetch(entryAtIndex(index + kAhead));
+    // Making a child is no change of the tree: the node only becomes visible.
+    auto *self = const_cast<ADPlistObject *>(this);
+    Pointer child(new ADPlistObject(Passkey{}, shownValueForPlist(entry), nullptr));
+    child->_showsUid = entry.kind() == PlistValue::Kind::Uid;
+    self->attachChild(*child, index);
+    return child;
+}
+
+void ADPlistObject::attachChild(ADPlistObject &child, qint64 index)
+{
+    child._parent = this;
+    child._parentIsNode = true;
+    child._indexInParent = index;
 }
 
 ADPlistObject *ADPlistObject::childAtIndex(qint64 index) const
@@ -220,8 +333,12 @@ ADPlistObject *ADPlistObject::childAtIndex(qint64 index) const
 
 const ADPlistObject::Pointer &ADPlistObject::childPointerAtIndex(qint64 index) const
 {
-    Q_ASSERT(_children && index >= 0 && index < childCount());
-    return (*_children)[size_t(index)];
+    Slots &all = childSlots();
+    Q_ASSERT(index >= 0 && index < qint64(all.size()));
+    Pointer &slot = all[size_t(index)];
+    if (!slot)
+        slot = makeChild(index);
+    return slot;
 }
 
 std::vector<ADPlistObject::Pointer>
@@ -235,28 +352,38 @@ ADPlistObject::childrenAtIndexes(const KZIndexSet &indexes) const
 
 qint64 ADPlistObject::indexOfChild(const ADPlistObject *child) const
 {
-    if (!_children)
-        return -1;
-    const auto it = std::find_if(_children->begin(), _children->end(),
-                                 [child](const Pointer &p) { return p.get() == child; });
-    return it == _children->end() ? -1 : qint64(it - _children->begin());
+    return child && child->plistObjectParent() == this ? child->_indexInParent : -1;
 }
 
 QString ADPlistObject::keyAtIndex(qint64 index) const
 {
-    Q_ASSERT(_keys && index >= 0 && index < _keys->size());
-    return (*_keys)[index];
+    Q_ASSERT(hasKeys() && index >= 0 && index < childCount());
+    return _plist.containerKeyAt(index).toString();
+}
+
+std::optional<QStringList> ADPlistObject::keys() const
+{
+    if (!hasKeys())
+        return std::nullopt;
+    QStringList all;
+    all.reserve(childCount());
+    for (qint64 i = 0; i < childCount(); ++i)
+        all.append(keyAtIndex(i));
+    return all;
 }
 
 qint64 ADPlistObject::indexOfKey(const QString &key) const
 {
-    const qsizetype i = _keys ? _keys->indexOf(key) : -1;
+    if (!hasKeys() || _childrenDropped)
+        return KZNotFound;
+    const qsizetype i = _plist.toDictionary().indexOf(key);
     return i < 0 ? KZNotFound : qint64(i);
 }
 
 ADPlistObject *ADPlistObject::childForKey(const QString &key) const
 {
-    return _childrenByKey ? _childrenByKey->value(key, nullptr) : nullptr;
+    const qint64 i = indexOfKey(key);
+    return i == KZNotFound ? nullptr : childAtIndex(i);
 }
 
 // --- names and paths ---------------------------------------------------------------------
@@ -271,8 +398,8 @@ QString ADPlistObject::key() const
 
 QString ADPlistObject::name() const
 {
-    if (!_name.isNull())
-        return _name;
+    if (_extras && !_extras->name.isNull())
+        return _extras->name;
     const QString k = key();
     return k.isNull() ? QStringLiteral("") : k;
 }
@@ -282,7 +409,7 @@ void ADPlistObject::setName(const QString &name)
     if (name.isNull())
         return;
     if (!_parent) {
-        _name = name;
+        extras().name = name;
         return;
     }
     ADPlistObject *up = plistObjectParent();
@@ -339,10 +466,8 @@ QString ADPlistObject::uniqueKeyWithPrefix(const QString &prefix) const
 {
     const QString base =
         prefix.isNull() ? KZLocalizedStringWithID(112, QStringLiteral("New item")) : prefix;
-    QSet<QString> taken;
-    if (_keys)
-        taken = QSet<QString>(_keys->begin(), _keys->end());
-    return kz_uniquifyInStrings(base, taken);
+    const QStringList taken = keys().value_or(QStringList());
+    return kz_uniquifyInStrings(base, QSet<QString>(taken.begin(), taken.end()));
 }
 
 // --- structure definition questions ----------------------------------------------------------
@@ -386,93 +511,58 @@ QString ADPlistObject::rawKeyForLocalizedKey(const QString &localizedKey) const
 
 void ADPlistObject::createChildrenAndNotify(bool notify)
 {
-    // The subtree is built breadth by breadth from a work list, not by recursion.
-    std::vector<ADPlistObject *> work{this};
-    while (!work.empty()) {
-        ADPlistObject *node = work.back();
-        work.pop_back();
-        node->buildOwnChildren();
-        if (!node->_children)
-            continue;
-        for (const Pointer &child : *node->_children) {
-            if (child->hasChildren())
-                work.push_back(child.get());
-        }
-    }
-    if (notify && _children)
-        post(PlistObjectDidAddChildNotification,
+    createChildren(context(), notify);
+}
+
+void ADPlistObject::createChildren(const Context &context, bool notify)
+{
+    dropChildren();
+    _childrenDropped = false;
+    ADKeyOrder::applyToSubtree(_plist, ADKeySortPreferences::current());
+    if (notify && hasChildren())
+        post(context, PlistObjectDidAddChildNotification,
              {{PlistObjectChildIndexesKey,
                QVariant::fromValue(KZIndexSet::range(0, childCount()))}});
 }
 
-void ADPlistObject::buildOwnChildren()
+void ADPlistObject::destroyChildrenAndNotify(bool notify)
 {
-    if (!_plist.isContainer()) {
-        _keys.reset();
-        _children.reset();
-        _childrenByKey.reset();
-        return;
-    }
-    auto makeChild = [this](const PlistValue &value, qint64 index) {
-        Pointer child = std::make_shared<ADPlistObject>(Passkey{}, shownValue(value), this);
-        child->_indexInParent = index;
-        return child;
-    };
-    if (_plist.isArray()) {
-        const PlistArray array = _plist.toArray();
-        _keys.reset();
-        _childrenByKey.reset();
-        _children.emplace();
-        _children->reserve(size_t(array.count()));
-        for (qsizetype i = 0; i < array.count(); ++i)
-            _children->push_back(makeChild(array.at(i), i));
-        return;
-    }
-    PlistDictionary dictionary = _plist.toDictionary();
-    QStringList fileKeys;
-    fileKeys.reserve(dictionary.count());
-    for (qsizetype i = 0; i < dictionary.count(); ++i)
-        fileKeys.append(dictionary.keyAt(i));
-    const std::vector<qsizetype> order = keyOrder(dictionary, fileKeys);
-    if (!isIdentity(order))
-        dictionary.reorder(order); // the plain dictionary shows the tree's order
-    _keys.emplace();
-    _keys->reserve(dictionary.count());
-    _children.emplace();
-    _children->reserve(size_t(dictionary.count()));
-    _childrenByKey.emplace();
-    _childrenByKey->reserve(dictionary.count());
-    for (qsizetype i = 0; i < dictionary.count(); ++i) {
-        const QString &key = fileKeys[order[size_t(i)]];
-        _children->push_back(makeChild(dictionary.valueAt(i), i));
-        _keys->append(key);
-        _childrenByKey->insert(key, _children->back().get());
-    }
+    destroyChildren(context(), notify);
 }
 
-void ADPlistObject::destroyChildrenAndNotify(bool notify)
+void ADPlistObject::destroyChildren(const Context &context, bool notify)
 {
     if (!hasChildren())
         return;
     const KZIndexSet all = KZIndexSet::range(0, childCount());
-    if (_children) {
-        for (const Pointer &child : *_children) {
-            child->_parent = nullptr;
-            child->_indexInParent = -1;
-        }
-    }
-    _children.emplace();
-    _keys.emplace();
-    _childrenByKey.emplace();
+    dropChildren();
+    _children = std::make_unique<Slots>();
+    _childrenDropped = true;
     if (notify)
-        post(PlistObjectDidRemoveChildNotification,
+        post(context, PlistObjectDidRemoveChildNotification,
              {{PlistObjectChildIndexesKey, QVariant::fromValue(all)}});
 }
 
-void ADPlistObject::post(const QString &name, const QVariantMap &userInfo) const
+// Detaches every child made so far; the plain value is not touched.
+void ADPlistObject::dropChildren()
 {
-    if (KZNotificationCenter *center = notificationCenter())
-        center->postNotification(name, this, userInfo);
+    if (!_children)
+        return;
+    for (const Pointer &child : *_children) {
+        if (!child)
+            continue;
+        child->_parent = nullptr;
+        child->_parentIsNode = false;
+        child->_indexInParent = -1;
+    }
+    _children.reset();
+}
+
+void ADPlistObject::post(const Context &context, const QString &name,
+                         const QVariantMap &userInfo) const
+{
+    if (context.center)
+        context.center->postNotification(name, this, userInfo);
 }
 
 // --- debug texts ------------------------------------------------------------------------------
@@ -488,11 +578,12 @@ QString ADPlistObject::description() const
     if (!hasChildren())
         return QStringLiteral("[%1: plist = %2]").arg(addressText(this), valueDescription());
     QStringList children;
-    for (const Pointer &child : _children.value_or(std::vector<Pointer>()))
-        children << addressText(child.get());
-    const QString keys = _keys ? u'(' + _keys->join(u", ") + u')' : QStringLiteral("(null)");
+    for (qint64 i = 0; i < childCount(); ++i)
+        children << addressText(childAtIndex(i));
+    const std::optional<QStringList> k = keys();
+    const QString keyText = k ? u'(' + k->join(u", ") + u')' : QStringLiteral("(null)");
     return QStringLiteral("[%1: keys = %2, children = (%3)]")
-        .arg(addressText(this), keys, children.join(u", "));
+        .arg(addressText(this), keyText, children.join(u", "));
 }
 
 QString ADPlistObject::shortDescription() const

@@ -8,12 +8,12 @@
 #include "shared/KZRange.h"
 #include "shared/PlistValue.h"
 
-#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -30,34 +30,46 @@ inline const QString PlistObjectErrorString = QStringLiteral("PlistObjectErrorSt
 
 /// One node of a plist tree. A node does not replace the plain value, it
 /// shadows it: a container node keeps its real mutable plain container in
-/// `_plist` and beside it child nodes whose `_plist` is the very entry of that
-/// container. So the root's `plist()` is at every moment the document's whole
-/// plain value, and each edit writes both sides.
+/// `_plist`, and its child nodes hold the very entries of that container. So
+/// the root's `plist()` is at every moment the document's whole plain value,
+/// and each edit writes both sides.
 ///
-/// Invariants, with n children:
-/// - dictionary: `_keys`, `_children` have n entries; `_childrenByKey[_keys[i]]`
-///   is `_children[i]`; the plain dictionary holds the same keys in the same
-///   order, `_plist[_keys[i]]` being `_children[i]->_plist`;
-/// - array: `_plist[i]` is `_children[i]->_plist`; no keys;
-/// - scalar: no keys, children or key table;
-/// - each child's `_indexInParent` is its place and its `_parent` is the node.
+/// A node stands over its value at little more than the value's own cost:
+/// - a dictionary's keys, their order and the lookup by key are the plain
+///   dictionary's own (its order is always the order the tree shows);
+/// - child nodes are made one by one when first asked for, and kept from then
+///   on, so a node's children are always the same objects;
+/// - nodes are counted in place (`Pointer`) and come from the value nodes' pool.
 ///
-/// A node owns its children (shared, so that undo can keep a removed node
+/// Invariants, with n the plain container's count:
+/// - container: n child slots once any child was asked for; slot i, when
+///   made, holds the child whose `_plist` is entry i (a keyed-archiver UID
+///   entry has a child showing it as {"CF$UID": n}, see `shownValueForPlist`);
+/// - scalar: no child slots;
+/// - each made child's `_indexInParent` is its place and its `_parent` is the node.
+/// After `destroyChildrenAndNotify` a container shows no children, whatever
+/// its plain value holds, until `createChildrenAndNotify`.
+///
+/// A node owns its children (counted, so that undo can keep a removed node
 /// alive); the parent link is a plain pointer cleared on removal. Nodes are
-/// made only through `create...`, always inside a shared_ptr. Used on one
-/// thread at a time; a parentless tree may be built and read on any thread.
-class ADPlistObject : public ADPlistParent, public std::enable_shared_from_this<ADPlistObject>
+/// made only through `create...`. Used on one thread at a time, reading
+/// included, since reading makes children; a parentless tree may be built and
+/// read on any thread.
+class ADPlistObject final : public ADPlistParent
 {
     struct Passkey
     {};
 
 public:
-    using Pointer = std::shared_ptr<ADPlistObject>;
+    class Pointer;
 
     ADPlistObject(Passkey, PlistValue plist, ADPlistParent *parent);
     ~ADPlistObject() override;
     ADPlistObject(const ADPlistObject &) = delete;
     ADPlistObject &operator=(const ADPlistObject &) = delete;
+    // From the value nodes' pool: a big file's tree has millions of nodes.
+    static void *operator new(size_t size);
+    static void operator delete(void *node, size_t size) noexcept;
 
     // --- class operations
     /// The type code of a kind of value; kinds that are no plist type give 0 (Array).
@@ -68,6 +80,9 @@ public:
     /// What a new node of the type starts with (a boolean starts true, a date
     /// at the current whole second); none for an unknown code.
     static PlistValue defaultValueForPlistType(ADPlistType type);
+    /// The value a node shows for a plain value: a keyed-archiver UID as a new
+    /// dictionary {"CF$UID": n}, anything else as it is.
+    static PlistValue shownValueForPlist(const PlistValue &plist);
 
     // --- files: the only route between the disk and a tree (any thread)
     /// The plain value of a file in XML, binary, old-style text or, when none
@@ -96,20 +111,20 @@ public:
     /// A string node with no parent.
     static Pointer create();
     static Pointer createWithPlistType(ADPlistType type, ADPlistParent *parent = nullptr);
-    /// Builds the node and its subtree over `plist`, which is not copied: pass
-    /// a value whose containers nobody else edits.
+    /// Builds the node over `plist`, which is not copied: pass a value whose
+    /// containers nobody else edits. Its dictionaries take the key order.
     static Pointer createWithPlist(const PlistValue &plist, ADPlistParent *parent = nullptr);
     /// A new parentless tree over a deep copy; keys come out in sort order.
     Pointer copy() const;
 
     // --- tree position
     ADPlistParent *parent() const { return _parent; }
-    void setParent(ADPlistParent *parent) { _parent = parent; }
+    void setParent(ADPlistParent *parent);
     qint64 indexInParent() const { return _indexInParent; }
     void setIndexInParent(qint64 index) { _indexInParent = index; }
     /// True when the parent is not a node: a parentless node, or one under an outline.
-    bool isRoot() const;
-    ADPlistObject *plistObjectParent() const;
+    bool isRoot() const { return plistObjectParent() == nullptr; }
+    ADPlistObject *plistObjectParent() const { return _parentIsNode ? nodeOf(_parent) : nullptr; }
     ADPlistObject *root();
     /// Whether `object` is this node or one above it.
     bool hasAncestor(const ADPlistObject *object) const;
@@ -127,9 +142,9 @@ public:
     /// True for arrays and dictionaries, empty or not.
     bool hasChildren() const { return _plist.isContainer(); }
     bool hasKeys() const { return _plist.isDictionary(); }
-    const std::shared_ptr<ADValueViewer> &valueViewer() const { return _valueViewer; }
+    const std::shared_ptr<ADValueViewer> &valueViewer() const;
 
-    // --- children
+    // --- children (made when first asked for)
     qint64 childCount() const;
     ADPlistObject *childAtIndex(qint64 index) const;
     const Pointer &childPointerAtIndex(qint64 index) const;
@@ -138,8 +153,8 @@ public:
     qint64 indexOfChild(const ADPlistObject *child) const;
     QString keyAtIndex(qint64 index) const;
     /// A copy of the keys; none on an array or scalar.
-    std::optional<QStringList> keys() const { return _keys; }
-    /// First index of the key, or KZNotFound.
+    std::optional<QStringList> keys() const;
+    /// Index of the key, or KZNotFound.
     qint64 indexOfKey(const QString &key) const;
     ADPlistObject *childForKey(const QString &key) const;
     /// Every descendant, depth first.
@@ -168,7 +183,9 @@ public:
 
     // --- editing: every change of a tree goes through these. Each registers
     // its inverse with the undo manager, changes the nodes and the plain
-    // containers, renumbers and posts, in that order.
+    // containers, renumbers and posts, in that order. The undo manager and
+    // centre are looked up once per call, so that walks over deep trees stay
+    // linear.
     /// Replaces the value (a copy of it); an equal value on a scalar changes nothing.
     void setPlist(const PlistValue &plist);
     void coerceToPlistType(ADPlistType type);
@@ -212,6 +229,17 @@ public:
     bool makeCompatibleWithPlistFormat(ADPlistFormat format);
     /// The first node, from this one down, that does not fit its own place; null when all fit.
     ADPlistObject *firstIncompatibleObjectForFormat(ADPlistFormat format);
+    /// A value that does not fit its place in a format: its path from the top
+    /// and its type.
+    struct Misfit
+    {
+        QVariantList path;
+        ADPlistType type;
+    };
+    /// What `firstIncompatibleObjectForFormat` finds on a root built over
+    /// `plist` with the plain key order, found without building a tree.
+    static std::optional<Misfit> firstIncompatibleValueForFormat(const PlistValue &plist,
+                                                                 ADPlistFormat format);
 
     // --- comparing nodes for sorting
     /// Types in code order; strings by the key sort default; containers keep
@@ -224,11 +252,11 @@ public:
     quint32 plistTypeEnum() const;
 
     // --- building children
-    /// Builds the children from `_plist` (keys in preference order, which the
-    /// plain dictionary then takes too), the whole subtree without recursion;
-    /// with `notify`, posts that all children were added.
+    /// Puts every dictionary from here down into the preference's key order
+    /// (the plain dictionaries take it too) and lets the children be made
+    /// anew when asked for; with `notify`, posts that all children were added.
     void createChildrenAndNotify(bool notify);
-    /// Detaches all children, leaving empty collections; `_plist` is untouched.
+    /// Detaches all children, leaving none shown; `_plist` is untouched.
     void destroyChildrenAndNotify(bool notify);
 
     // --- debug texts
@@ -236,22 +264,101 @@ public:
     QString shortDescription() const;
 
 private:
-    void buildOwnChildren();
+    /// What an edit reaches through the parent chain, looked up once per call.
+    struct Context
+    {
+        ADUndoManager *undo = nullptr;
+        KZNotificationCenter *center = nullptr;
+    };
+    /// Rarely set: most nodes have neither.
+    struct Extras
+    {
+        QString name;
+        std::shared_ptr<ADValueViewer> valueViewer;
+    };
+    using Slots = std::vector<Pointer>;
+
+    static ADPlistObject *nodeOf(ADPlistParent *parent);
+    Context context() const { return {undoManager(), notificationCenter()}; }
+    Slots &childSlots() const;
+    /// Entry `index` of the plain container.
+    const PlistValue &entryAtIndex(qint64 index) const;
+    /// What the parent's container holds for this node: its value, or the UID it shows.
+    PlistValue entryValue() const;
+    Pointer makeChild(qint64 index) const;
+    void attachChild(ADPlistObject &child, qint64 index);
     void renumberChildren();
-    void registerUndo(std::function<void(ADPlistObject &)> inverse);
-    void setActionName(const QString &name) const;
+    void dropChildren();
+    void createChildren(const Context &context, bool notify);
+    void destroyChildren(const Context &context, bool notify);
+    void registerUndo(const Context &context, std::function<void(ADPlistObject &)> inverse);
+    static void setActionName(const Context &context, const QString &name);
+    void post(const Context &context, const QString &name, const QVariantMap &userInfo) const;
     void writeThroughToParent();
-    void post(const QString &name, const QVariantMap &userInfo) const;
+    void writeThroughShadow();
+    Extras &extras();
+
+    void setPlist(const Context &context, const PlistValue &plist);
+    void coerceToPlistType(const Context &context, ADPlistType type);
+    void setValueViewer(const Context &context, const std::shared_ptr<ADValueViewer> &viewer);
+    void insertChildren(const Context &context, const std::vector<Pointer> &children,
+                        const QStringList &keys, const KZIndexSet &indexes);
+    void removeChildrenAtIndexes(const Context &context, const KZIndexSet &indexes);
+    void reorderChildrenUsingMap(const Context &context, const KZIndexMap &map,
+                                 const std::vector<Pointer> &movedChildren);
     QString valueDescription() const;
 
+    mutable std::atomic<quint32> _references{0};
+    bool _parentIsNode = false;
+    bool _showsUid = false; // `_plist` shows a keyed-archiver UID of the parent's container
+    bool _childrenDropped =
+        false; // `destroyChildrenAndNotify` ran, `createChildrenAndNotify` not yet
     PlistValue _plist;
-    std::optional<QStringList> _keys;
-    std::optional<std::vector<Pointer>> _children;
-    std::optional<QHash<QString, ADPlistObject *>> _childrenByKey;
-    QString _name;
-    std::shared_ptr<ADValueViewer> _valueViewer;
+    mutable std::unique_ptr<Slots> _children; // made with the first child asked for
     ADPlistParent *_parent = nullptr;
     qint64 _indexInParent = -1;
+    std::unique_ptr<Extras> _extras;
+};
+
+/// A counted reference to a node: copies share the node, the last one to go
+/// frees it (and, without recursion, the subtree it alone held). Counting is
+/// atomic, so a reference may be handed to another thread.
+class ADPlistObject::Pointer
+{
+public:
+    Pointer() noexcept = default;
+    Pointer(std::nullptr_t) noexcept {}
+    explicit Pointer(ADPlistObject *node) noexcept : _node(node) { retain(); }
+    Pointer(const Pointer &other) noexcept : _node(other._node) { retain(); }
+    Pointer(Pointer &&other) noexcept : _node(std::exchange(other._node, nullptr)) {}
+    Pointer &operator=(Pointer other) noexcept
+    {
+        std::swap(_node, other._node);
+        return *this;
+    }
+    ~Pointer() { release(); }
+
+    ADPlistObject *get() const noexcept { return _node; }
+    ADPlistObject *operator->() const noexcept { return _node; }
+    ADPlistObject &operator*() const noexcept { return *_node; }
+    explicit operator bool() const noexcept { return _node != nullptr; }
+    void reset() noexcept { Pointer().swap(*this); }
+    void swap(Pointer &other) noexcept { std::swap(_node, other._node); }
+    friend bool operator==(const Pointer &a, const Pointer &b) noexcept
+    {
+        return a._node == b._node;
+    }
+    friend bool operator==(const Pointer &a, std::nullptr_t) noexcept { return !a._node; }
+
+private:
+    void retain() const noexcept
+    {
+        if (_node)
+            _node->_references.fetch_add(1, std::memory_order_relaxed);
+    }
+    void release() noexcept;
+
+    ADPlistObject *_node = nullptr;
 };
 
 using ADPlistObjectList = std::vector<ADPlistObject::Pointer>;

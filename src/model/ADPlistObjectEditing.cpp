@@ -2,6 +2,7 @@
 
 #include "ADPlistObject.h"
 
+#include "ADKeyOrder.h"
 #include "ADKeySortPreferences.h"
 #include "ADPlistCoercionHandler.h"
 #include "ADPlistNotifications.h"
@@ -12,15 +13,23 @@
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
+#include <numeric>
+
 namespace {
 
-std::vector<PlistValue> plistsOf(const std::vector<ADPlistObject::Pointer> &nodes)
+// The value a keyed-archiver UID's dictionary stands for while it keeps the
+// UID's shape, {"CF$UID": n}; otherwise the dictionary itself.
+PlistValue archiverEntry(const PlistValue &shown)
 {
-    std::vector<PlistValue> plists;
-    plists.reserve(nodes.size());
-    for (const ADPlistObject::Pointer &node : nodes)
-        plists.push_back(node->plist());
-    return plists;
+    if (!shown.isDictionary())
+        return shown;
+    const PlistDictionary d = shown.toDictionary();
+    if (d.count() != 1 || d.keyAt(0) != u"CF$UID")
+        return shown;
+    const PlistValue &n = d.valueAt(0);
+    if (!n.isInteger() || (!n.isUnsigned() && n.toInteger() < 0))
+        return shown;
+    return PlistValue::uid(n.toUnsigned());
 }
 
 // Sort values where null stands for the null value, which sorts after every type.
@@ -33,28 +42,35 @@ int compareSortValues(KZComparison comparison, const ADPlistObject *a, const ADP
 
 } // namespace
 
-void ADPlistObject::registerUndo(std::function<void(ADPlistObject &)> inverse)
+void ADPlistObject::registerUndo(const Context &context,
+                                 std::function<void(ADPlistObject &)> inverse)
 {
-    ADUndoManager *undo = undoManager();
-    if (!undo)
+    if (!context.undo)
         return;
     // The action holds the node, so undo can bring back a node that was removed.
-    undo->registerUndo(
-        this, [self = shared_from_this(), inverse = std::move(inverse)] { inverse(*self); });
+    context.undo->registerUndo(
+        this, [self = Pointer(this), inverse = std::move(inverse)] { inverse(*self); });
 }
 
-void ADPlistObject::setActionName(const QString &name) const
+void ADPlistObject::setActionName(const Context &context, const QString &name)
 {
-    if (ADUndoManager *undo = undoManager())
-        undo->setActionName(name);
+    if (context.undo)
+        context.undo->setActionName(name);
 }
 
 void ADPlistObject::renumberChildren()
 {
     if (!_children)
         return;
-    for (size_t i = 0; i < _children->size(); ++i)
-        (*_children)[i]->_indexInParent = qint64(i);
+    for (size_t i = 0; i < _children->size(); ++i) {
+        if (const Pointer &child = (*_children)[i])
+            child->_indexInParent = qint64(i);
+    }
+}
+
+PlistValue ADPlistObject::entryValue() const
+{
+    return _showsUid ? archiverEntry(_plist) : _plist;
 }
 
 void ADPlistObject::writeThroughToParent()
@@ -64,42 +80,67 @@ void ADPlistObject::writeThroughToParent()
         return;
     // The parent's plain container lists its entries in the order of its children.
     if (up->hasKeys())
-        up->_plist.toDictionary().replaceAt(_indexInParent, _plist);
+        up->_plist.toDictionary().replaceAt(_indexInParent, entryValue());
     else
-        up->_plist.toArray().replace(_indexInParent, _plist);
+        up->_plist.toArray().replace(_indexInParent, entryValue());
+    up->writeThroughShadow();
+}
+
+// A dictionary showing a UID is no entry of its parent's container: after a
+// change inside it, the parent's entry is made again from it.
+void ADPlistObject::writeThroughShadow()
+{
+    if (_showsUid)
+        writeThroughToParent();
 }
 
 void ADPlistObject::setPlist(const PlistValue &plist)
 {
+    setPlist(context(), plist);
+}
+
+void ADPlistObject::setPlist(const Context &context, const PlistValue &plist)
+{
     if (!hasChildren() && plist.isEqualToPlist(_plist))
         return;
     const PlistValue old = _plist;
-    const std::shared_ptr<ADValueViewer> oldViewer = _valueViewer;
-    registerUndo([old](ADPlistObject &self) { self.setPlist(old); });
+    const std::shared_ptr<ADValueViewer> oldViewer = valueViewer();
+    registerUndo(context, [old](ADPlistObject &self) { self.setPlist(old); });
     if (hasChildren())
-        destroyChildrenAndNotify(true);
+        destroyChildren(context, true);
     if (old.plistType() != plist.plistType())
-        setValueViewer(nullptr);
+        setValueViewer(context, nullptr);
     _plist = plist.kz_copyMutableContainers();
     writeThroughToParent();
     if (hasChildren())
-        createChildrenAndNotify(true);
-    post(PlistObjectDidChangeNotification,
+        createChildren(context, true);
+    post(context, PlistObjectDidChangeNotification,
          {{PlistObjectOldValue, QVariant::fromValue(old)},
           {PlistObjectOldValueViewer, QVariant::fromValue(oldViewer)}});
 }
 
 void ADPlistObject::coerceToPlistType(ADPlistType type)
 {
-    setPlist(ADPlistCoercionHandler::sharedCoercionHandler().coercePlist(_plist, type));
+    coerceToPlistType(context(), type);
+}
+
+void ADPlistObject::coerceToPlistType(const Context &context, ADPlistType type)
+{
+    setPlist(context, ADPlistCoercionHandler::sharedCoercionHandler().coercePlist(_plist, type));
 }
 
 void ADPlistObject::setValueViewer(const std::shared_ptr<ADValueViewer> &viewer)
 {
-    if (viewer == _valueViewer)
+    setValueViewer(context(), viewer);
+}
+
+void ADPlistObject::setValueViewer(const Context &context,
+                                   const std::shared_ptr<ADValueViewer> &viewer)
+{
+    if (viewer == valueViewer())
         return;
-    _valueViewer = viewer;
-    post(PlistObjectDidChangeNotification, {});
+    extras().valueViewer = viewer;
+    post(context, PlistObjectDidChangeNotification, {});
 }
 
 void ADPlistObject::setKey(const QString &key, qint64 childIndex)
@@ -108,48 +149,52 @@ void ADPlistObject::setKey(const QString &key, qint64 childIndex)
     const QString oldKey = keyAtIndex(childIndex);
     if (oldKey == key)
         return;
+    const Context context = this->context();
     // A sibling under the new key gives way; the child at the index survives.
     if (const qint64 sibling = indexOfKey(key); sibling != KZNotFound) {
-        removeChildAtIndex(sibling);
+        removeChildrenAtIndexes(context, KZIndexSet(sibling));
         if (sibling < childIndex)
             --childIndex;
     }
     const qint64 index = childIndex;
-    registerUndo([oldKey, index](ADPlistObject &self) { self.setKey(oldKey, index); });
-    ADPlistObject *child = childAtIndex(index);
-    (*_keys)[index] = key;
+    registerUndo(context, [oldKey, index](ADPlistObject &self) { self.setKey(oldKey, index); });
     _plist.toDictionary().renameAt(index, PlistValue(key));
-    _childrenByKey->remove(oldKey);
-    _childrenByKey->insert(key, child);
-    setActionName(KZLocalizedStringWithID(113, QStringLiteral("Edit Key")));
-    if (KZNotificationCenter *center = notificationCenter())
-        center->postNotification(PlistObjectDidChangeNotification, child,
-                                 {{PlistObjectOldKey, oldKey}});
+    setActionName(context, KZLocalizedStringWithID(113, QStringLiteral("Edit Key")));
+    writeThroughShadow();
+    if (context.center)
+        context.center->postNotification(PlistObjectDidChangeNotification, childAtIndex(index),
+                                         {{PlistObjectOldKey, oldKey}});
 }
 
 void ADPlistObject::insertChildren(const std::vector<Pointer> &children, const QStringList &keys,
                                    const KZIndexSet &indexes)
 {
-    Q_ASSERT(hasChildren() && qint64(children.size()) == indexes.count());
+    insertChildren(context(), children, keys, indexes);
+}
+
+void ADPlistObject::insertChildren(const Context &context, const std::vector<Pointer> &children,
+                                   const QStringList &keys, const KZIndexSet &indexes)
+{
+    Q_ASSERT(hasChildren() && !_childrenDropped && qint64(children.size()) == indexes.count());
     Q_ASSERT(!hasKeys() || keys.size() == qsizetype(children.size()));
-    registerUndo([indexes](ADPlistObject &self) { self.removeChildrenAtIndexes(indexes); });
-    kz_insertAtIndexes(*_children, indexes, std::vector<Pointer>(children));
+    registerUndo(context,
+                 [indexes](ADPlistObject &self) { self.removeChildrenAtIndexes(indexes); });
+    std::vector<PlistValue> values;
+    values.reserve(children.size());
+    for (const Pointer &child : children)
+        values.push_back(child->entryValue());
+    kz_insertAtIndexes(childSlots(), indexes, Slots(children));
     if (hasKeys()) {
-        std::vector<PlistValue> keyValues;
-        keyValues.reserve(size_t(keys.size()));
-        for (qsizetype i = 0; i < keys.size(); ++i) {
-            keyValues.emplace_back(keys[i]);
-            _childrenByKey->insert(keys[i], children[size_t(i)].get());
-        }
-        kz_insertAtIndexes(*_keys, indexes, QStringList(keys));
-        _plist.toDictionary().insert(indexes, keyValues, plistsOf(children));
+        std::vector<PlistValue> keyValues(keys.begin(), keys.end());
+        _plist.toDictionary().insert(indexes, keyValues, std::move(values));
     } else {
-        _plist.toArray().insert(indexes, plistsOf(children));
+        _plist.toArray().insert(indexes, std::move(values));
     }
     for (const Pointer &child : children)
-        child->_parent = this;
+        attachChild(*child, child->_indexInParent);
     renumberChildren();
-    post(PlistObjectDidAddChildNotification,
+    writeThroughShadow();
+    post(context, PlistObjectDidAddChildNotification,
          {{PlistObjectChildIndexesKey, QVariant::fromValue(indexes)}});
 }
 
@@ -175,30 +220,33 @@ ADPlistObject *ADPlistObject::createNewChildOfType(ADPlistType type, qint64 inde
 
 void ADPlistObject::removeChildrenAtIndexes(const KZIndexSet &indexes)
 {
+    removeChildrenAtIndexes(context(), indexes);
+}
+
+void ADPlistObject::removeChildrenAtIndexes(const Context &context, const KZIndexSet &indexes)
+{
     if (indexes.isEmpty())
         return;
     const std::vector<Pointer> removed = childrenAtIndexes(indexes);
     QStringList removedKeys;
     if (hasKeys())
-        indexes.forEach([&](qint64 i) { removedKeys << (*_keys)[i]; });
-    registerUndo([removed, removedKeys, indexes](ADPlistObject &self) {
+        indexes.forEach([&](qint64 i) { removedKeys << keyAtIndex(i); });
+    registerUndo(context, [removed, removedKeys, indexes](ADPlistObject &self) {
         self.insertChildren(removed, removedKeys, indexes);
     });
-    if (hasKeys()) {
+    if (hasKeys())
         _plist.toDictionary().remove(indexes);
-        for (const QString &key : std::as_const(removedKeys))
-            _childrenByKey->remove(key);
-        kz_removeAtIndexes(*_keys, indexes);
-    } else {
+    else
         _plist.toArray().remove(indexes);
-    }
     for (const Pointer &node : removed) {
         node->_parent = nullptr;
+        node->_parentIsNode = false;
         node->_indexInParent = -1;
     }
     kz_removeAtIndexes(*_children, indexes);
     renumberChildren();
-    post(PlistObjectDidRemoveChildNotification,
+    writeThroughShadow();
+    post(context, PlistObjectDidRemoveChildNotification,
          {{PlistObjectChildIndexesKey, QVariant::fromValue(indexes)},
           {PlistObjectChildKey, QVariant::fromValue(removed)}});
 }
@@ -215,87 +263,103 @@ void ADPlistObject::removeAllChildren()
 
 void ADPlistObject::replaceChildAtIndex(qint64 index, const Pointer &object)
 {
-    removeChildAtIndex(index);
-    insertChild(object, index);
+    const Context context = this->context();
+    removeChildrenAtIndexes(context, KZIndexSet(index));
+    insertChildren(context, {object}, {}, KZIndexSet(index));
 }
 
 void ADPlistObject::reorderChildrenUsingMap(const KZIndexMap &map,
+                                            const std::vector<Pointer> &movedChildren)
+{
+    reorderChildrenUsingMap(context(), map, movedChildren);
+}
+
+void ADPlistObject::reorderChildrenUsingMap(const Context &context, const KZIndexMap &map,
                                             const std::vector<Pointer> &movedChildren)
 {
     if (childCount() == 0)
         return;
     Q_ASSERT(map.count() == childCount());
     const KZIndexMap inverse = map.inverseMap();
-    registerUndo([inverse, movedChildren](ADPlistObject &self) {
+    registerUndo(context, [inverse, movedChildren](ADPlistObject &self) {
         self.reorderChildrenUsingMap(inverse, movedChildren);
     });
-    map.reorder(*_children);
-    std::vector<qsizetype> order(map.indices().begin(), map.indices().end());
-    if (hasKeys()) {
-        QStringList keys;
-        keys.reserve(_keys->size());
-        for (const qint64 from : map.indices())
-            keys << (*_keys)[from];
-        _keys->swap(keys);
+    if (_children)
+        map.reorder(*_children);
+    const std::vector<qsizetype> order(map.indices().begin(), map.indices().end());
+    if (hasKeys())
         _plist.toDictionary().reorder(order); // the plain dictionary keeps the tree's order
-    } else {
+    else
         _plist.toArray().reorder(order);
-    }
     renumberChildren();
+    writeThroughShadow();
     QVariantMap info{{PlistObjectReorderMapKey, QVariant::fromValue(map)}};
     if (!movedChildren.empty())
         info.insert(PlistObjectMovedChildrenKey, QVariant::fromValue(movedChildren));
-    post(PlistObjectDidChangeChildrenNotification, info);
+    post(context, PlistObjectDidChangeChildrenNotification, info);
 }
 
 void ADPlistObject::moveChildIndexes(const KZIndexSet &indexes, qint64 toIndex)
 {
+    const Context context = this->context();
     const KZIndexMap map = KZIndexMap::mapToMoveIndexes(indexes, toIndex, childCount());
-    reorderChildrenUsingMap(map, childrenAtIndexes(indexes));
-    setActionName(KZLocalizedStringWithID(117, QStringLiteral("Move")));
+    reorderChildrenUsingMap(context, map, childrenAtIndexes(indexes));
+    setActionName(context, KZLocalizedStringWithID(117, QStringLiteral("Move")));
 }
 
 void ADPlistObject::sortKeysUsingSelector(KZComparison comparison, bool sortRecursively)
 {
+    const Context context = this->context();
     // Walks the subtree from a work list; dictionaries inside arrays are sorted too.
     std::vector<ADPlistObject *> work{this};
     while (!work.empty()) {
         ADPlistObject *node = work.back();
         work.pop_back();
         if (node->hasKeys()) {
-            const QStringList &keys = *node->_keys;
+            std::vector<qsizetype> order =
+                ADKeyOrder::sortedOrder(node->_plist.toDictionary(), comparison);
+            if (order.empty()) {
+                order.resize(size_t(node->childCount()));
+                std::iota(order.begin(), order.end(), 0);
+            }
             node->reorderChildrenUsingMap(
-                KZIndexMap::sortMap(node->childCount(), [&](qint64 a, qint64 b) {
-                    return KZCompareStrings(comparison, keys[a], keys[b]);
-                }));
+                context, KZIndexMap(std::vector<qint64>(order.begin(), order.end())), {});
         }
-        if (sortRecursively && node->_children) {
-            for (const Pointer &child : *node->_children)
-                work.push_back(child.get());
+        if (!sortRecursively)
+            continue;
+        for (qint64 i = 0; i < node->childCount(); ++i) {
+            if (ADPlistObject *child = node->childAtIndex(i); child->hasChildren())
+                work.push_back(child);
         }
     }
-    setActionName(KZLocalizedStringWithID(114, QStringLiteral("Sort Keys")));
+    setActionName(context, KZLocalizedStringWithID(114, QStringLiteral("Sort Keys")));
 }
 
 void ADPlistObject::sortValuesUsingSelector(KZComparison comparison, bool sortRecursively)
 {
+    const Context context = this->context();
     std::vector<ADPlistObject *> work{this};
     while (!work.empty()) {
         ADPlistObject *node = work.back();
         work.pop_back();
         if (!node->hasChildren())
             continue;
-        const std::vector<Pointer> &children = *node->_children;
-        node->reorderChildrenUsingMap(KZIndexMap::sortMap(node->childCount(), [&](qint64 a,
-                                                                                  qint64 b) {
-            return children[size_t(a)]->compareUsingSelector(comparison, children[size_t(b)].get());
-        }));
+        const std::vector<Pointer> children =
+            node->childrenAtIndexes(KZIndexSet::range(0, node->childCount()));
+        node->reorderChildrenUsingMap(
+            context,
+            KZIndexMap::sortMap(node->childCount(),
+                                [&](qint64 a, qint64 b) {
+                                    return children[size_t(a)]->compareUsingSelector(
+                                        comparison, children[size_t(b)].get());
+                                }),
+            {});
         if (sortRecursively) {
-            for (const Pointer &child : *node->_children)
+            for (const Pointer &child : children)
                 work.push_back(child.get());
         }
     }
-    setActionName(KZLocalizedStringWithID(115, QStringLiteral("Sort Values")));
+    setActionName(context, KZLocalizedStringWithID(115, QStringLiteral("Sort Values")));
 }
 
 void ADPlistObject::sortValuesBySubkey(const QString &subkey, KZComparison comparison)
@@ -325,18 +389,23 @@ void ADPlistObject::sortValuesBySubkey(const QString &subkey, KZComparison compa
     std::vector<qint64> order = groupMap(dictionaries, dictionaryValues).indices();
     const std::vector<qint64> rest = groupMap(others, otherValues).indices();
     order.insert(order.end(), rest.begin(), rest.end());
-    reorderChildrenUsingMap(KZIndexMap(std::move(order)));
-    setActionName(KZStringWithFormat(
-        KZLocalizedStringWithID(116, QStringLiteral("Sort By Subkey “%@”")), {subkey}));
+    const Context context = this->context();
+    reorderChildrenUsingMap(context, KZIndexMap(std::move(order)), {});
+    setActionName(context, KZStringWithFormat(
+                               KZLocalizedStringWithID(116, QStringLiteral("Sort By Subkey “%@”")),
+                               {subkey}));
 }
 
 QSet<QString> ADPlistObject::unionOfChildrenSubkeys() const
 {
     QSet<QString> subkeys;
     for (qint64 i = 0; i < childCount(); ++i) {
-        const ADPlistObject *child = childAtIndex(i);
-        if (child->hasKeys())
-            subkeys.unite(QSet<QString>(child->_keys->begin(), child->_keys->end()));
+        const PlistValue child = shownValueForPlist(entryAtIndex(i));
+        if (!child.isDictionary())
+            continue;
+        const PlistDictionary d = child.toDictionary();
+        for (qsizetype k = 0; k < d.count(); ++k)
+            subkeys.insert(d.keyAt(k));
     }
     return subkeys;
 }

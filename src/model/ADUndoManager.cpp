@@ -14,11 +14,7 @@
 class ADUndoManager::Command : public QUndoCommand
 {
 public:
-    explicit Command(ADUndoManager &manager) : _manager(manager)
-    {
-        _manager._commands.insert(this, this);
-    }
-    ~Command() override { _manager._commands.remove(this); }
+    explicit Command(ADUndoManager &manager) : _manager(manager) {}
     Command(const Command &) = delete;
     Command &operator=(const Command &) = delete;
 
@@ -65,10 +61,7 @@ ADUndoManager::ADUndoManager(QObject *parent)
       _center(&KZNotificationCenter::defaultCenter())
 {}
 
-ADUndoManager::~ADUndoManager()
-{
-    _stack.reset(); // its commands unregister from `_commands` as they go
-}
+ADUndoManager::~ADUndoManager() = default;
 
 QUndoStack *ADUndoManager::undoStack() const
 {
@@ -99,6 +92,7 @@ void ADUndoManager::registerUndo(const void *target, Action action)
     if (!_building) {
         // Pushing now drops what could be redone, as any new edit must.
         auto command = std::make_unique<Command>(*this);
+        command->setText(std::exchange(_pendingName, QString()));
         _building = command.get();
         _stack->push(command.release());
     }
@@ -118,6 +112,7 @@ void ADUndoManager::endUndoGrouping()
     if (--_level > 0)
         return;
     _eventGroupOpen = false;
+    _pendingName.clear();
     if (Command *built = std::exchange(_building, nullptr))
         built->finishBuilding();
 }
@@ -168,10 +163,11 @@ void ADUndoManager::setActionName(const QString &name)
         _replaying->setText(name);
         return;
     }
-    if (_stack->index() == 0)
-        return;
-    if (Command *last = _commands.value(_stack->command(_stack->index() - 1)))
-        last->setText(name);
+    // An open group with nothing in it yet takes the name with its first
+    // action. With no group open there is nothing to name: the last group on
+    // the stack belongs to another edit.
+    if (_level > 0)
+        _pendingName = name;
 }
 
 QString ADUndoManager::undoActionName() const
@@ -188,6 +184,7 @@ void ADUndoManager::removeAllActions()
 {
     _stack->clear();
     _building = nullptr;
+    _pendingName.clear();
     _level = 0;
     _eventGroupOpen = false;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QHash>
 #include <QObject>
 #include <QString>
 
@@ -8,7 +7,6 @@
 #include <memory>
 
 class KZNotificationCenter;
-class QUndoCommand;
 class QUndoStack;
 
 inline const QString ADUndoManagerWillCloseUndoGroupNotification =
@@ -57,7 +55,9 @@ public:
     bool isUndoing() const { return _undoing; }
     bool isRedoing() const { return _redoing; }
 
-    /// Names the group being built, else the last closed one.
+    /// Names the group being built, or the one being undone or redone. An open
+    /// group that holds nothing yet takes the name with its first action; with
+    /// no group open, nothing is named.
     void setActionName(const QString &name);
     QString undoActionName() const;
     QString redoActionName() const;
@@ -74,12 +74,11 @@ private:
     void closeEventGroup();
     void postWillClose();
 
-    QHash<const QUndoCommand *, Command *>
-        _commands; // every live command, to name it from the stack
     std::unique_ptr<QUndoStack> _stack;
     KZNotificationCenter *_center;
     Command *_building = nullptr;  // the command of the open top-level group, owned by the stack
     Command *_replaying = nullptr; // the command being undone or redone
+    QString _pendingName;          // for the open group's first action
     const void *_lastUndoTarget = nullptr;
     int _level = 0;
     int _disabled = 0;

@@ -30,16 +30,20 @@ QString hexString(QByteArrayView bytes)
 QString hexStringWithBytes(QByteArrayView bytes, int padInterval, bool prepend0x)
 {
     static constexpr char16_t kDigits[] = u"0123456789abcdef";
-    QString out;
-    out.reserve(bytes.size() * 3 + 2);
-    if (prepend0x)
-        out += QStringLiteral("0x");
+    const qsizetype blanks =
+        padInterval > 0 && !bytes.isEmpty() ? (bytes.size() - 1) / padInterval : 0;
+    QString out((prepend0x ? 2 : 0) + bytes.size() * 2 + blanks, Qt::Uninitialized);
+    QChar *at = out.data();
+    if (prepend0x) {
+        *at++ = u'0';
+        *at++ = u'x';
+    }
     for (qsizetype i = 0; i < bytes.size(); ++i) {
         if (padInterval > 0 && i > 0 && i % padInterval == 0)
-            out += u' ';
+            *at++ = u' ';
         const auto b = static_cast<unsigned char>(bytes[i]);
-        out += QChar(kDigits[b >> 4]);
-        out += QChar(kDigits[b & 15]);
+        *at++ = kDigits[b >> 4];
+        *at++ = kDigits[b & 15];
     }
     return out;
 }

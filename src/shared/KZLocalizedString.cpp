@@ -54,6 +54,12 @@ QString KZLocalizedStringWithID(int number, const QString &defaultText)
     return it == strings().constEnd() ? defaultText : *it;
 }
 
+QString KZLocalizedStringWithFormat(int number, const QString &defaultText,
+                                    const QStringList &arguments)
+{
+    return KZStringWithFormat(KZLocalizedStringWithID(number, defaultText), arguments);
+}
+
 QString KZStringWithFormat(const QString &format, const QStringList &arguments)
 {
     QString out;

@@ -87,6 +87,6 @@ void PlistArray::reorder(const std::vector<qsizetype> &order)
     std::vector<PlistValue> reordered;
     reordered.reserve(order.size());
     for (const qsizetype from : order)
-        reordered.push_back(items()[size_t(from)]);
+        reordered.push_back(std::move(items()[size_t(from)])); // each item moves once
     items().swap(reordered);
 }

@@ -21,6 +21,26 @@ void place(DictionaryNode &d, size_t entry, quint32 hash)
     d.table[slot] = {quint32(entry + 1), hash};
 }
 
+// Puts entry order[i] at i for at most 64 entries, following each cycle of
+// the permutation once.
+void permuteInPlace(std::vector<DictionaryEntry> &entries, std::span<const qsizetype> order)
+{
+    quint64 placed = 0;
+    for (size_t start = 0; start < order.size(); ++start) {
+        if (placed & (quint64(1) << start))
+            continue;
+        DictionaryEntry held = std::move(entries[start]);
+        size_t to = start;
+        for (size_t from = size_t(order[to]); from != start; from = size_t(order[to])) {
+            entries[to] = std::move(entries[from]);
+            placed |= quint64(1) << to;
+            to = from;
+        }
+        entries[to] = std::move(held);
+        placed |= quint64(1) << to;
+    }
+}
+
 void dropIndex(DictionaryNode &d)
 {
     d.indexed = false;
@@ -324,14 +344,27 @@ void PlistDictionary::clear()
     dropIndex(d);
 }
 
-void PlistDictionary::reorder(const std::vector<qsizetype> &order)
+void PlistDictionary::reorder(std::span<const qsizetype> order)
 {
     DictionaryNode &d = node();
     Q_ASSERT(order.size() == d.entries.size());
-    std::vector<DictionaryEntry> reordered;
-    reordered.reserve(order.size());
-    for (const qsizetype from : order)
-        reordered.push_back(d.entries[size_t(from)]);
-    d.entries.swap(reordered);
-    dropIndex(d);
+    if (order.size() <= 64) {
+        permuteInPlace(d.entries, order); // a record's few keys: no allocation
+    } else {
+        std::vector<DictionaryEntry> reordered;
+        reordered.reserve(order.size());
+        for (const qsizetype from : order)
+            reordered.push_back(std::move(d.entries[size_t(from)])); // each entry moves once
+        d.entries.swap(reordered);
+    }
+    if (!d.indexed)
+        return;
+    // The index holds positions: each gets its new one, with no key hashed again.
+    std::vector<quint32> newPosition(order.size());
+    for (size_t to = 0; to < order.size(); ++to)
+        newPosition[size_t(order[to])] = quint32(to);
+    for (DictionaryNode::Slot &slot : d.table) {
+        if (slot.entry != 0)
+            slot.entry = newPosition[slot.entry - 1] + 1;
+    }
 }

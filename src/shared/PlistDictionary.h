@@ -60,7 +60,8 @@ public:
     void renameAt(qsizetype index, const PlistValue &key);
     void clear();
     /// Puts the entry at `order[i]` at `i`; `order` is a permutation of all indexes.
-    void reorder(const std::vector<qsizetype> &order);
+    void reorder(std::span<const qsizetype> order);
+    void reorder(const std::vector<qsizetype> &order) { reorder(std::span<const qsizetype>(order)); }
 
     const PlistValue &value() const noexcept { return _value; }
     bool isSameObject(const PlistDictionary &other) const noexcept

@@ -277,6 +277,33 @@ QString PlistValue::toString() const
     return stringView().toString();
 }
 
+qsizetype PlistValue::containerCount() const noexcept
+{
+    const PlistNode *n = node();
+    if (!n)
+        return 0;
+    if (n->kind == NodeKind::Array)
+        return qsizetype(static_cast<const ArrayNode *>(n)->items.size());
+    if (n->kind == NodeKind::Dictionary)
+        return qsizetype(static_cast<const DictionaryNode *>(n)->entries.size());
+    return 0;
+}
+
+const PlistValue &PlistValue::containerValueAt(qsizetype index) const noexcept
+{
+    Q_ASSERT(index >= 0 && index < containerCount());
+    const PlistNode *n = node();
+    if (n->kind == NodeKind::Array)
+        return static_cast<const ArrayNode *>(n)->items[size_t(index)];
+    return static_cast<const DictionaryNode *>(n)->entries[size_t(index)].value;
+}
+
+const PlistValue &PlistValue::containerKeyAt(qsizetype index) const noexcept
+{
+    Q_ASSERT(isDictionary() && index >= 0 && index < containerCount());
+    return static_cast<const DictionaryNode *>(node())->entries[size_t(index)].key;
+}
+
 QAnyStringView PlistValue::stringView() const noexcept
 {
     const PlistNode *n = node();

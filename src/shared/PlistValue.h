@@ -178,6 +178,14 @@ public:
     QByteArray toData() const;
     /// The data's bytes without a copy; valid while the value lives.
     QByteArrayView dataView() const noexcept;
+    /// The entries of an array or dictionary; 0 for anything else. This and
+    /// the two below read a container without taking a handle on it, for walks
+    /// that ask millions of times.
+    qsizetype containerCount() const noexcept;
+    /// Element `index` of an array, or the value at position `index` of a dictionary.
+    const PlistValue &containerValueAt(qsizetype index) const noexcept;
+    /// The key at position `index` of a dictionary.
+    const PlistValue &containerKeyAt(qsizetype index) const noexcept;
     /// A handle on the same container, or a null handle when this is no array.
     PlistArray toArray() const noexcept;
     PlistDictionary toDictionary() const noexcept;

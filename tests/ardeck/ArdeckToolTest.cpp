@@ -5,6 +5,7 @@
 #include "shared/PlistDictionary.h"
 #include "storage/PlistSerialization.h"
 #include "support/Corpus.h"
+#include "support/ValueBuilders.h"
 #include "support/ValueWalk.h"
 
 #include <QFile>
@@ -257,6 +258,41 @@ TEST_F(ArdeckToolTest, CoercesOnlyWhenAsked)
     EXPECT_EQ(top.status, 1);
     EXPECT_TRUE(
         top.errors.value(0).contains(QStringLiteral("needs a dictionary or an array at the top")));
+}
+
+TEST_F(ArdeckToolTest, TakesTheShellUsersWordsAsTheyAreMeant)
+{
+    // An option word in a value's place is the value.
+    ASSERT_EQ(ardeck({"set", _sample, "zebra", "string", "-h"}).status, 0);
+    EXPECT_EQ(ardeck({"get", _sample, "zebra"}).out, QByteArray("-h\n"));
+    EXPECT_EQ(ardeck({"set", "--help"}).status, 0) << "help right after the verb";
+
+    const ToolRun missing = ardeck({"lint", _dir.filePath(QStringLiteral("gone.plist"))});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(missing.out.contains("gone.plist: no such file")) << missing.out.constData();
+
+    const QString ascii = _dir.filePath(QStringLiteral("old.plist"));
+    writeFile(ascii, "{ a = b; }");
+    const ToolRun number = ardeck({"insert", ascii, "n", "integer", "1"});
+    EXPECT_EQ(number.status, 1);
+    EXPECT_TRUE(number.errors.value(0).contains(QStringLiteral("cannot be stored as ASCII")));
+    EXPECT_FALSE(number.errors.value(0).contains(QStringLiteral("--coerce")))
+        << "set and insert have no such option";
+}
+
+TEST_F(ArdeckToolTest, EditsAKeyedArchiveThroughItsUids)
+{
+    const QString archive = _dir.filePath(QStringLiteral("archive.plist"));
+    const PlistValue value =
+        dictionaryOf({{"$top", dictionaryOf({{"root", PlistValue::uid(3000000000u)}})}});
+    writeFile(archive, PlistSerialization::write(value, ADPlistFormatBinary, false).data);
+    EXPECT_EQ(ardeck({"get", archive, "$top.root.CF$UID"}).out, QByteArray("3000000000\n"));
+
+    ASSERT_EQ(ardeck({"set", archive, "$top.root.CF$UID", "integer", "5"}).status, 0);
+    const PlistValue stored = PlistSerialization::read(fileBytes(archive)).value;
+    const PlistValue uid = stored.toDictionary().value(u"$top").toDictionary().value(u"root");
+    EXPECT_EQ(uid.kind(), PlistValue::Kind::Uid);
+    EXPECT_EQ(uid.toUid(), 5u);
 }
 
 class ArdeckOverTheCorpus : public testing::TestWithParam<CorpusFile>

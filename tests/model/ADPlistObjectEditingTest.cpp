@@ -1,7 +1,7 @@
-#include "support/ValueBuilders.h"
 #include "model/ADPlistNotifications.h"
 #include "model/ADPlistObject.h"
 #include "model/ADUndoManager.h"
+#include "support/ValueBuilders.h"
 
 #include "shared/KZNotificationCenter.h"
 #include "shared/PlistArray.h"
@@ -25,7 +25,11 @@ public:
         });
     }
     KZNotificationCenter *notificationCenter() const override { return &center; }
-    ADUndoManager *undoManager() const override { return &undo; }
+    ADUndoManager *undoManager() const override
+    {
+        ++undoLookups;
+        return &undo;
+    }
     const void *scriptingObject() const override { return this; }
     ADPlistType plistType() const override { return ADPlistTypeUnknown; }
     ADStructureDefinition *structureDefinition() const override { return nullptr; }
@@ -47,6 +51,7 @@ public:
 
     mutable KZNotificationCenter center;
     mutable ADUndoManager undo;
+    mutable int undoLookups = 0;
     std::vector<KZNotification> heard;
 };
 
@@ -260,6 +265,79 @@ TEST_F(ADPlistObjectEditingTest, ParentlessTreesEditWithoutUndoOrPosts)
     EXPECT_TRUE(orphan->plist().isIdenticalTo(arrayOf({PlistValue(2)})));
     EXPECT_TRUE(doc.heard.empty());
     EXPECT_FALSE(doc.undo.canUndo());
+}
+
+TEST_F(ADPlistObjectEditingTest, KeepsMadeChildrenInPlaceAmongUnmadeOnes)
+{
+    PlistArray plain = PlistArray::create();
+    for (int i = 0; i < 100; ++i)
+        plain.append(PlistValue(i));
+    const auto list = ADPlistObject::createWithPlist(plain, &doc);
+    ADPlistObject *fifty = list->childAtIndex(50); // its siblings are not made yet
+    EXPECT_EQ(list->childAtIndex(50), fifty) << "a child is made once";
+    doc.edit([&] {
+        list->insertChildren({ADPlistObject::createWithPlist(PlistValue(-1))}, {}, KZIndexSet(0));
+    });
+    EXPECT_EQ(fifty->indexInParent(), 51);
+    doc.edit([&] { list->removeChildrenAtIndexes(KZIndexSet::range(10, 5)); });
+    EXPECT_EQ(fifty->indexInParent(), 46);
+    doc.edit([&] { list->moveChildIndexes(KZIndexSet(46), 0); });
+    EXPECT_EQ(fifty->indexInParent(), 0);
+    EXPECT_EQ(list->childAtIndex(0), fifty);
+    EXPECT_EQ(list->childAtIndex(1)->plist().toInteger(), -1);
+    doc.undo.undo();
+    doc.undo.undo();
+    doc.undo.undo();
+    EXPECT_EQ(list->childAtIndex(50), fifty);
+    EXPECT_TRUE(list->plist().isIdenticalTo(plain.value()));
+    expectConsistent(*list);
+}
+
+TEST_F(ADPlistObjectEditingTest, EditsUnderAnArchiverUidReachTheFile)
+{
+    // A keyed archive shows a UID as {"CF$UID": n}; the plain value keeps the UID.
+    const quint64 big = 3000000000u; // above 2^31, shown whole
+    const auto archive = ADPlistObject::createWithPlist(
+        dictionaryOf({{"root", PlistValue::uid(big)}, {"other", PlistValue::uid(1)}}), &doc);
+    ADPlistObject *shown = archive->childForKey("root");
+    ASSERT_TRUE(shown->hasKeys());
+    EXPECT_EQ(shown->childForKey("CF$UID")->plist().toUnsigned(), big);
+
+    doc.edit([&] { shown->childForKey("CF$UID")->setPlist(PlistValue(7)); });
+    const PlistValue entry = archive->plist().toDictionary().value(u"root");
+    EXPECT_EQ(entry.kind(), PlistValue::Kind::Uid) << "still a UID in the file";
+    EXPECT_EQ(entry.toUid(), 7u);
+
+    doc.edit([&] {
+        shown->addChild(ADPlistObject::createWithPlist(PlistValue(QStringLiteral("x"))), "note");
+    });
+    EXPECT_TRUE(archive->plist().toDictionary().value(u"root").isIdenticalTo(
+        dictionaryOf({{"CF$UID", PlistValue(7)}, {"note", str("x")}})))
+        << "no longer a UID's shape: the dictionary itself is stored";
+
+    doc.undo.undo();
+    doc.undo.undo();
+    EXPECT_EQ(archive->plist().toDictionary().value(u"root").toUid(), big);
+    doc.edit([&] { archive->childForKey("other")->setPlist(shown->plist()); });
+    EXPECT_EQ(archive->plist().toDictionary().value(u"other").toUid(), big)
+        << "a UID's shape set on a UID's place stays a UID";
+}
+
+TEST_F(ADPlistObjectEditingTest, LooksUpTheUndoManagerOncePerCommand)
+{
+    // Recursive commands over deep trees stay linear: no lookup up the whole
+    // chain for every node they touch.
+    PlistValue inner = arrayOf({PlistValue(2), PlistValue(1)});
+    for (int i = 0; i < 2000; ++i)
+        inner = arrayOf({PlistValue(2), inner, PlistValue(1)});
+    const auto deep = ADPlistObject::createWithPlist(inner, &doc);
+    doc.undoLookups = 0;
+    doc.edit([&] { deep->sortValuesUsingSelector(KZComparison::PlistCompare, true); });
+    EXPECT_LE(doc.undoLookups, 2);
+    doc.undoLookups = 0;
+    doc.edit([&] { deep->makeCompatibleWithPlistFormat(ADPlistFormatASCII); });
+    EXPECT_LE(doc.undoLookups, 2);
+    EXPECT_TRUE(deep->compatibleWithPlistFormat(ADPlistFormatASCII));
 }
 
 } // namespace

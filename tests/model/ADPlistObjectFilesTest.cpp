@@ -6,6 +6,7 @@
 #include "storage/PlistSerialization.h"
 #include "support/Corpus.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -120,6 +121,16 @@ TEST(ADPlistObjectFiles, ReportsBothParsersForAnEmptyFile)
     EXPECT_TRUE(
         ADPlistObject::readPlistFromFile(dir.filePath("missing"), false, nullptr, &error).isNone());
     EXPECT_TRUE(error);
+
+    // A message read elsewhere names the file in full, however it was given.
+    const QString here = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(dir.path()));
+    error.reset();
+    ADPlistObject::readPlistFromFile(QStringLiteral("empty.plist"), false, nullptr, &error);
+    const QString full = QDir::current().absoluteFilePath(QStringLiteral("empty.plist"));
+    QDir::setCurrent(here);
+    ASSERT_TRUE(error);
+    EXPECT_TRUE(error->localizedDescription().startsWith(kParsePrefix.arg(full)));
 }
 
 TEST(ADPlistObjectFiles, WritesAtomicallyAndKeepsTheOldFileOnFailure)

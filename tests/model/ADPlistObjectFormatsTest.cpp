@@ -1,8 +1,11 @@
+#include "model/ADKeySortPreferences.h"
 #include "model/ADPlistObject.h"
 #include "model/ADUndoManager.h"
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "storage/PlistSerialization.h"
+#include "support/Corpus.h"
 
 #include <gtest/gtest.h>
 
@@ -99,5 +102,36 @@ TEST(PlistFormats, DataAndDatesBecomeTextForJsonAndAscii)
     EXPECT_TRUE(ascii->childForKey("blob")->plist().isIdenticalTo(PlistValue::data("\x01\x02")));
     EXPECT_TRUE(ascii->compatibleWithPlistFormat(ADPlistFormatASCII));
 }
+
+class CorpusFit : public testing::TestWithParam<CorpusFile>
+{};
+
+TEST_P(CorpusFit, TheValueWalkFindsWhatTheTreeFinds)
+{
+    ReadResult read = PlistSerialization::read(GetParam().bytes());
+    if (!read)
+        read = PlistSerialization::readJson(GetParam().bytes());
+    ASSERT_TRUE(read);
+    ADKeySortPreferences::setProvider([] {
+        ADKeySortPreferences::Values keep;
+        keep.keepKeyOrder = true; // the walk sees the plain order
+        return keep;
+    });
+    const auto root = ADPlistObject::createWithPlist(read.value);
+    for (const ADPlistFormat format :
+         {ADPlistFormatASCII, ADPlistFormatXML, ADPlistFormatBinary, ADPlistFormatJSON}) {
+        const ADPlistObject *node = root->firstIncompatibleObjectForFormat(format);
+        const auto misfit = ADPlistObject::firstIncompatibleValueForFormat(read.value, format);
+        ASSERT_EQ(bool(node), bool(misfit)) << "format " << format;
+        if (node) {
+            EXPECT_EQ(misfit->path, node->path()) << "format " << format;
+            EXPECT_EQ(misfit->type, node->plistType()) << "format " << format;
+        }
+    }
+    ADKeySortPreferences::setProvider(nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, CorpusFit, testing::ValuesIn(validCorpusFiles()),
+                         [](const auto &row) { return row.param.testName(); });
 
 } // namespace

@@ -132,4 +132,30 @@ TEST_F(ADUndoManagerTest, RemembersTheTargetEvenWithRegistrationDisabled)
     EXPECT_EQ(b.value, 2) << "nothing was recorded for b";
 }
 
+TEST_F(ADUndoManagerTest, NamesOnlyTheGroupOfTheEditThatNamesIt)
+{
+    Cell cell{undo};
+    cell.set(1);
+    undo.setActionName(QStringLiteral("Edit Value"));
+    QCoreApplication::processEvents();
+    undo.setActionName(QStringLiteral("Sort Values")); // a sort that changed nothing
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Edit Value"));
+
+    undo.setGroupsByEvent(false);
+    undo.beginUndoGrouping();
+    undo.setActionName(QStringLiteral("Convert")); // before anything is recorded
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Edit Value"));
+    cell.set(2);
+    undo.endUndoGrouping();
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Convert"));
+    undo.beginUndoGrouping();
+    undo.setActionName(QStringLiteral("Nothing"));
+    undo.endUndoGrouping(); // empty: nothing is pushed, and the name goes with it
+    undo.beginUndoGrouping();
+    cell.set(3);
+    undo.endUndoGrouping();
+    EXPECT_EQ(undo.undoStack()->count(), 3);
+    EXPECT_EQ(undo.undoActionName(), QString());
+}
+
 } // namespace

@@ -1,6 +1,46 @@
 #include "ArdeckKeyPath.h"
 
 #include "model/ADPlistObject.h"
+#include "shared/PlistDictionary.h"
+
+namespace {
+
+// What a walk asks of a node.
+struct NodeSteps
+{
+    static bool isDictionary(ADPlistObject *node) { return node->hasKeys(); }
+    static qint64 count(ADPlistObject *node) { return node->childCount(); }
+    static ADPlistType type(ADPlistObject *node) { return node->plistType(); }
+    static ADPlistObject *byKey(ADPlistObject *node, const QString &key)
+    {
+        return node->childForKey(key);
+    }
+    static ADPlistObject *byIndex(ADPlistObject *node, qint64 index)
+    {
+        return node->childAtIndex(index);
+    }
+    static bool found(ADPlistObject *node) { return node != nullptr; }
+};
+
+// What a walk asks of a plain value, each step shown as a tree shows it.
+struct ValueSteps
+{
+    static bool isDictionary(const PlistValue &v) { return v.isDictionary(); }
+    static qint64 count(const PlistValue &v) { return v.containerCount(); }
+    static ADPlistType type(const PlistValue &v) { return v.plistType(); }
+    static PlistValue byKey(const PlistValue &v, const QString &key)
+    {
+        const PlistValue found = v.toDictionary().value(key);
+        return found.isNone() ? found : ADPlistObject::shownValueForPlist(found);
+    }
+    static PlistValue byIndex(const PlistValue &v, qint64 index)
+    {
+        return ADPlistObject::shownValueForPlist(v.containerValueAt(index));
+    }
+    static bool found(const PlistValue &v) { return !v.isNone(); }
+};
+
+} // namespace
 
 ArdeckKeyPath::ArdeckKeyPath(const QString &text)
 {
@@ -21,34 +61,45 @@ ArdeckKeyPath::ArdeckKeyPath(const QString &text)
     _steps << step;
 }
 
-ADPlistObject *ArdeckKeyPath::resolve(ADPlistObject *root, QString *error) const
+template <typename Item, typename Steps>
+Item ArdeckKeyPath::walk(Item root, Steps, QString *error) const
 {
-    ADPlistObject *node = root;
+    Item item = std::move(root);
     QStringList walked;
     for (const QString &step : _steps) {
         const QString where =
             walked.isEmpty() ? QStringLiteral("the root") : u'"' + walked.join(u'.') + u'"';
-        ADPlistObject *next = nullptr;
-        if (node->hasKeys()) {
-            next = node->childForKey(step);
-        } else if (node->plistType() == ADPlistTypeArray) {
+        Item next{};
+        if (Steps::isDictionary(item)) {
+            next = Steps::byKey(item, step);
+        } else if (Steps::type(item) == ADPlistTypeArray) {
             bool isIndex = false;
             const qint64 index = step.toLongLong(&isIndex);
-            if (isIndex && index >= 0 && index < node->childCount())
-                next = node->childAtIndex(index);
+            if (isIndex && index >= 0 && index < Steps::count(item))
+                next = Steps::byIndex(item, index);
         } else {
             *error = QStringLiteral("%1 is a %2, which has no \"%3\"")
-                         .arg(where, node->plistTypeName(), step);
-            return nullptr;
+                         .arg(where, ADPlistObject::classNameForPlistType(Steps::type(item)), step);
+            return Item{};
         }
-        if (!next) {
+        if (!Steps::found(next)) {
             *error = QStringLiteral("%1 has no \"%2\"").arg(where, step);
-            return nullptr;
+            return Item{};
         }
         walked << step;
-        node = next;
+        item = std::move(next);
     }
-    return node;
+    return item;
+}
+
+ADPlistObject *ArdeckKeyPath::resolve(ADPlistObject *root, QString *error) const
+{
+    return walk(root, NodeSteps{}, error);
+}
+
+PlistValue ArdeckKeyPath::resolve(const PlistValue &root, QString *error) const
+{
+    return walk(ADPlistObject::shownValueForPlist(root), ValueSteps{}, error);
 }
 
 ArdeckKeyPath ArdeckKeyPath::parent() const
@@ -58,10 +109,10 @@ ArdeckKeyPath ArdeckKeyPath::parent() const
     return up;
 }
 
-QString ArdeckKeyPath::textOf(const ADPlistObject &node)
+QString ArdeckKeyPath::textOf(const QVariantList &path)
 {
     QStringList steps;
-    for (const QVariant &step : node.path()) {
+    for (const QVariant &step : path) {
         QString text = step.toString();
         text.replace(u'\\', QStringLiteral("\\\\")).replace(u'.', QStringLiteral("\\."));
         steps << text;

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "shared/PlistValue.h"
+
 #include <QString>
 #include <QStringList>
+#include <QVariantList>
 
 class ADPlistObject;
 
@@ -17,13 +20,19 @@ public:
     bool isEmpty() const { return _steps.isEmpty(); }
     /// The path without its last step.
     ArdeckKeyPath parent() const;
-    /// The text of a node's path, for messages: keys and indexes joined with ".".
-    static QString textOf(const ADPlistObject &node);
+    /// The text of a path of keys (strings) and indexes (numbers), for messages.
+    static QString textOf(const QVariantList &path);
     /// The node the path reaches, or null with `error` naming the first step
     /// that leads nowhere.
     ADPlistObject *resolve(ADPlistObject *root, QString *error) const;
+    /// The same on a plain value, without a tree: what the path reaches as a
+    /// tree shows it (an archiver UID as {"CF$UID": n}), or none.
+    PlistValue resolve(const PlistValue &root, QString *error) const;
 
 private:
     ArdeckKeyPath() = default;
+    template <typename Item, typename Steps>
+    Item walk(Item root, Steps steps, QString *error) const;
+
     QStringList _steps;
 };

@@ -82,7 +82,10 @@ ArdeckOptions ArdeckOptions::parse(const QStringList &arguments)
         options.usageErrors << QStringLiteral("no verb given");
         return options;
     }
-    if (arguments.contains(QStringLiteral("--help")) || arguments.contains(QStringLiteral("-h"))) {
+    // Asked for help before the verb or right after it; further on, the
+    // words are file names, keys and values, which may look like options.
+    const auto isHelp = [](const QString &word) { return word == u"--help" || word == u"-h"; };
+    if (isHelp(arguments.first()) || (arguments.size() == 2 && isHelp(arguments[1]))) {
         options.help = true;
         return options;
     }

@@ -14,6 +14,7 @@
 #include "viewers/formatters/ADDateFormatter.h"
 
 #include <QDateTime>
+#include <QFileInfo>
 #include <QTimeZone>
 
 #include <cmath>
@@ -95,43 +96,59 @@ QString shownText(const PlistValue &v)
     }
 }
 
-QString printLine(const ADPlistObject &node, const QString &label, qsizetype depth)
+QString printLine(const PlistValue &value, const QString &label, qsizetype depth)
 {
     const QString indent(depth * 4, u' ');
-    if (node.hasChildren()) {
-        const qint64 n = node.childCount();
+    const QString typeName = ADPlistObject::classNameForPlistType(value.plistType());
+    if (value.isContainer()) {
+        const qint64 n = value.containerCount();
         return QStringLiteral("%1%2: %3 (%4 %5)")
-            .arg(indent, label, node.plistTypeName())
+            .arg(indent, label, typeName)
             .arg(n)
             .arg(n == 1 ? QStringLiteral("item") : QStringLiteral("items"));
     }
-    return QStringLiteral("%1%2: %3 = %4")
-        .arg(indent, label, node.plistTypeName(), shownText(node.plist()));
+    return QStringLiteral("%1%2: %3 = %4").arg(indent, label, typeName, shownText(value));
 }
 
-// The indented view of a whole tree, walked with an explicit stack.
-QByteArray printedTree(const ADPlistObject &root)
+// The indented view of a whole value as a tree shows it, walked with an explicit stack.
+QByteArray printedValue(const PlistValue &root)
 {
     struct Item
     {
-        const ADPlistObject *node;
+        PlistValue value;
         QString label;
         qsizetype depth;
     };
-    std::vector<Item> stack{{&root, QStringLiteral("Root"), 0}};
+    std::vector<Item> stack{{ADPlistObject::shownValueForPlist(root), QStringLiteral("Root"), 0}};
     QByteArray out;
     while (!stack.empty()) {
         const Item item = std::move(stack.back());
         stack.pop_back();
-        out += printLine(*item.node, item.label, item.depth).toUtf8();
+        out += printLine(item.value, item.label, item.depth).toUtf8();
         out += '\n';
-        for (qint64 i = item.node->childCount() - 1; i >= 0; --i) {
-            const QString label =
-                item.node->hasKeys() ? item.node->keyAtIndex(i) : QString::number(i);
-            stack.push_back({item.node->childAtIndex(i), label, item.depth + 1});
+        for (qint64 i = item.value.containerCount() - 1; i >= 0; --i) {
+            const QString label = item.value.isDictionary()
+                                      ? item.value.containerKeyAt(i).toString()
+                                      : QString::number(i);
+            stack.push_back({ADPlistObject::shownValueForPlist(item.value.containerValueAt(i)),
+                             label, item.depth + 1});
         }
     }
     return out;
+}
+
+// Why a value cannot be stored in a format. The hint to coerce goes only
+// where the verb has the option.
+QString misfitMessage(const ADPlistObject::Misfit &misfit, ADPlistFormat format, bool offerCoerce)
+{
+    const bool top = misfit.path.isEmpty();
+    const QString where =
+        top ? QStringLiteral("the top") : u'"' + ArdeckKeyPath::textOf(misfit.path) + u'"';
+    return QStringLiteral("the %1 value at %2 cannot be stored as %3%4")
+        .arg(ADPlistObject::classNameForPlistType(misfit.type), where,
+             ADPlistObject::displayStringForPlistFormat(format),
+             offerCoerce && !top ? QStringLiteral(" (--coerce turns it into a string)")
+                                 : QString());
 }
 
 bool parseInteger(const QString &text, PlistValue *out)
@@ -242,6 +259,15 @@ int ArdeckTool::run(const ArdeckOptions &options)
 ArdeckTool::Loaded ArdeckTool::load(const QString &file) const
 {
     Loaded loaded;
+    // The reading entry sees no bytes in either case and says the data is empty.
+    if (file != u"-" && !QFileInfo::exists(file)) {
+        loaded.error = QStringLiteral("no such file");
+        return loaded;
+    }
+    if (file != u"-" && !QFileInfo(file).isReadable()) {
+        loaded.error = QStringLiteral("cannot be read (permission denied)");
+        return loaded;
+    }
     std::optional<KZError> error;
     if (file == u"-")
         loaded.value = ADPlistObject::readPlistFromData(_io.readInput(), QStringLiteral("-"),
@@ -299,23 +325,17 @@ bool ArdeckTool::writeValue(const QString &file, const PlistValue &value, ADPlis
 bool ArdeckTool::fitsFormat(const QString &file, ADPlistObject &root, ADPlistFormat format,
                             bool coerce) const
 {
-    const QString formatName = ADPlistObject::displayStringForPlistFormat(format);
     if (coerce && !root.makeCompatibleWithPlistFormat(format)) {
-        fail(file, QStringLiteral("a %1 file needs a dictionary or an array at the top, not a %2")
-                       .arg(formatName, root.plistTypeName()));
+        fail(file,
+             QStringLiteral("a %1 file needs a dictionary or an array at the top, not a %2")
+                 .arg(ADPlistObject::displayStringForPlistFormat(format), root.plistTypeName()));
         return false;
     }
     // Each value is tested at its own place: JSON's narrow mask is for the top only.
     const ADPlistObject *misfit = root.firstIncompatibleObjectForFormat(format);
     if (!misfit)
         return true;
-    const QString where =
-        misfit->isRoot() ? QStringLiteral("the top") : u'"' + ArdeckKeyPath::textOf(*misfit) + u'"';
-    fail(file, QStringLiteral("the %1 value at %2 cannot be stored as %3%4")
-                   .arg(misfit->plistTypeName(), where, formatName,
-                        coerce || misfit->isRoot()
-                            ? QString()
-                            : QStringLiteral(" (--coerce turns it into a string)")));
+    fail(file, misfitMessage({misfit->path(), misfit->plistType()}, format, false));
     return false;
 }
 
@@ -330,18 +350,31 @@ int ArdeckTool::convert(const ArdeckOptions &options)
             status = 1;
             continue;
         }
-        const auto root = ADPlistObject::createWithPlist(loaded.value);
         const QString target = !options.output.isEmpty()
                                    ? options.output
                                    : (file == u"-" ? QStringLiteral("-") : file);
-        // Without coercion the tree changes nothing, and the value read (with an archiver UID
-        // at the top, which the tree shows as a dictionary) is written as it came.
-        const PlistValue &value = options.coerce ? root->plist() : loaded.value;
-        if (!fitsFormat(file, *root, format, options.coerce) ||
-            !writeValue(file, value, format, options.humanReadable, target))
+        if (!convertedValue(file, loaded.value, format, options.coerce, target,
+                            options.humanReadable))
             status = 1;
     }
     return status;
+}
+
+// Without coercion nothing changes, so no tree is built: the value read (with
+// an archiver UID at the top as it came) is checked and written as it is.
+bool ArdeckTool::convertedValue(const QString &file, const PlistValue &value, ADPlistFormat format,
+                                bool coerce, const QString &target, bool humanReadable)
+{
+    if (!coerce) {
+        if (const auto misfit = ADPlistObject::firstIncompatibleValueForFormat(value, format)) {
+            fail(file, misfitMessage(*misfit, format, true));
+            return false;
+        }
+        return writeValue(file, value, format, humanReadable, target);
+    }
+    const auto root = ADPlistObject::createWithPlist(value);
+    return fitsFormat(file, *root, format, true) &&
+           writeValue(file, root->plist(), format, humanReadable, target);
 }
 
 int ArdeckTool::print(const ArdeckOptions &options)
@@ -352,8 +385,7 @@ int ArdeckTool::print(const ArdeckOptions &options)
         fail(file, loaded.error);
         return 1;
     }
-    const auto root = ADPlistObject::createWithPlist(loaded.value);
-    _io.writeOutput(printedTree(*root));
+    _io.writeOutput(printedValue(loaded.value));
     return 0;
 }
 
@@ -365,20 +397,18 @@ int ArdeckTool::get(const ArdeckOptions &options)
         fail(file, loaded.error);
         return 1;
     }
-    const auto root = ADPlistObject::createWithPlist(loaded.value);
     QString error;
-    const ADPlistObject *node = ArdeckKeyPath(options.keyPath).resolve(root.get(), &error);
-    if (!node) {
+    const PlistValue value = ArdeckKeyPath(options.keyPath).resolve(loaded.value, &error);
+    if (value.isNone()) {
         fail(file, error);
         return 1;
     }
-    if (!node->hasChildren()) {
-        _io.writeOutput((plainText(node->plist()) + u'\n').toUtf8());
+    if (!value.isContainer()) {
+        _io.writeOutput((plainText(value) + u'\n').toUtf8());
         return 0;
     }
-    return writeValue(file, node->plist(), formatForName(options.format), true, QStringLiteral("-"))
-               ? 0
-               : 1;
+    return writeValue(file, value, formatForName(options.format), true, QStringLiteral("-")) ? 0
+                                                                                             : 1;
 }
 
 int ArdeckTool::edit(const ArdeckOptions &options)
@@ -417,7 +447,7 @@ int ArdeckTool::edit(const ArdeckOptions &options)
         const QString &last = path.steps().constLast();
         const QString where = path.parent().isEmpty()
                                   ? QStringLiteral("the top")
-                                  : u'"' + ArdeckKeyPath::textOf(*parent) + u'"';
+                                  : u'"' + ArdeckKeyPath::textOf(parent->path()) + u'"';
         if (parent->hasKeys()) {
             const bool present = parent->childForKey(last) != nullptr;
             if (options.verb == u"insert" && present) {

@@ -20,8 +20,9 @@ struct ArdeckIO
 };
 
 /// Runs one verb of `ardeck` over the program's own reading and writing code.
-/// Trees built here keep each dictionary's key order as the file gives it, so
-/// nothing the user did not touch moves.
+/// Only the editing verbs and coercion build a tree; the others work on the
+/// plain value. Trees built here keep each dictionary's key order as the file
+/// gives it, so nothing the user did not touch moves.
 class ADPlistObject;
 
 class ArdeckTool
@@ -51,6 +52,8 @@ private:
     void fail(const QString &file, const QString &message) const;
     bool fitsFormat(const QString &file, ADPlistObject &root, ADPlistFormat format,
                     bool coerce) const;
+    bool convertedValue(const QString &file, const PlistValue &value, ADPlistFormat format,
+                        bool coerce, const QString &target, bool humanReadable);
 
     ArdeckIO _io;
 };

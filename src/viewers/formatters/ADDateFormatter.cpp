@@ -1,5 +1,6 @@
 #include "ADDateFormatter.h"
 
+#include "shared/KZLocalizedString.h"
 #include "shared/KZReferenceDate.h"
 
 #include <QDateTime>
@@ -44,12 +45,21 @@ std::optional<double> descriptionDate(const QString &text)
     return KZReferenceDate::fromDateTime(when) - offset;
 }
 
+constexpr double kCompiledRange = 2.5e11; // seconds: years well within 1 to 9999
+
 } // namespace
+
+ADDateFormatter::ADDateFormatter() : ADDateFormatter(currentLocale()) {}
 
 ADDateFormatter::ADDateFormatter(const QLocale &locale, const QTimeZone &zone)
     : _locale(locale), _zone(zone), _dateFormat(mediumDateFormat(locale)),
-      _timeFormat(mediumTimeFormat(locale))
-{}
+      _timeFormat(mediumTimeFormat(locale)),
+      _dateTimeFormat(_dateFormat + QStringLiteral(", ") + _timeFormat),
+      _compiledFormat(locale, _dateTimeFormat)
+{
+    if (!zone.hasTransitions())
+        _fixedOffset = zone.offsetFromUtc(QDateTime::currentDateTimeUtc());
+}
 
 const ADDateFormatter &ADDateFormatter::standardDateFormatter()
 {
@@ -59,16 +69,27 @@ const ADDateFormatter &ADDateFormatter::standardDateFormatter()
 
 QString ADDateFormatter::stringFromDate(double secondsSinceReferenceDate) const
 {
+    const double seconds =
+        std::floor(secondsSinceReferenceDate + KZReferenceDate::kSecondsFromEpoch);
+    if (_compiledFormat.isValid() && std::fabs(seconds) < kCompiledRange) {
+        const int offset =
+            _fixedOffset
+                ? *_fixedOffset
+                : _zone.offsetFromUtc(QDateTime::fromSecsSinceEpoch(qint64(seconds), Qt::UTC));
+        const QString text = _compiledFormat.format(qint64(seconds) + offset);
+        if (!text.isNull())
+            return text;
+    }
     return _locale.toString(KZReferenceDate::toDateTime(secondsSinceReferenceDate, _zone),
-                            _dateFormat + QStringLiteral(", ") + _timeFormat);
+                            _dateTimeFormat);
 }
 
 std::optional<double> ADDateFormatter::dateFromString(const QString &text) const
 {
     const QString trimmed = text.simplified();
-    const QString forms[] = {
-        _dateFormat + QStringLiteral(", ") + _timeFormat, _dateFormat + u' ' + _timeFormat,
-        _locale.dateTimeFormat(QLocale::ShortFormat), _locale.dateTimeFormat(QLocale::LongFormat)};
+    const QString forms[] = {_dateTimeFormat, _dateFormat + u' ' + _timeFormat,
+                             _locale.dateTimeFormat(QLocale::ShortFormat),
+                             _locale.dateTimeFormat(QLocale::LongFormat)};
     for (const QString &form : forms) {
         QDateTime when = _locale.toDateTime(trimmed, form);
         if (when.isValid()) {
@@ -89,25 +110,22 @@ std::optional<double> ADDateFormatter::dateFromString(const QString &text) const
     return std::nullopt;
 }
 
-QString ADDateFormatter::stringForObjectValue(const PlistValue &value) const
+std::optional<QString> ADDateFormatter::stringForObjectValue(const PlistValue &value) const
 {
-    return value.kind() == PlistValue::Kind::Date ? stringFromDate(value.toDate()) : QString();
-}
-
-QString ADDateFormatter::editingStringForObjectValue(const PlistValue &value) const
-{
-    return stringForObjectValue(value);
+    if (value.kind() != PlistValue::Kind::Date)
+        return std::nullopt;
+    return stringFromDate(value.toDate());
 }
 
 bool ADDateFormatter::getObjectValue(PlistValue *value, const QString &text,
                                      QString *errorDescription) const
 {
     const std::optional<double> seconds = dateFromString(text);
-    if (!seconds) {
-        if (errorDescription)
-            *errorDescription = QStringLiteral("“%1” is not a date").arg(text);
-        return false;
-    }
+    if (!seconds)
+        return fail(
+            errorDescription,
+            KZStringWithFormat(KZLocalizedStringWithID(4003, QStringLiteral("“%@” is not a date")),
+                               {text}));
     if (value)
         *value = PlistValue::date(*seconds);
     return true;

@@ -1,18 +1,15 @@
-// The class operations of ADPlistObject that read and write files.
+#include "PlistFileIO.h"
 
-#include "ADPlistObject.h"
+#include "PlistSerialization.h"
 
 #include "shared/HugePages.h"
-#include "shared/KZError.h"
 #include "shared/KZLocalizedString.h"
-#include "storage/PlistSerialization.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 
 #include <algorithm>
-#include <exception>
 
 #include <unistd.h>
 
@@ -62,10 +59,10 @@ FileBytes readWholeFile(const QString &path)
         return {};
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return {{}, KZError(KZErrorDomain, kReadErrorCode, file.errorString())};
+        return {{}, PlistFileIO::readError(file.errorString())};
     QByteArray bytes = readAllOf(file);
     if (file.error() != QFileDevice::NoError)
-        return {{}, KZError(KZErrorDomain, kReadErrorCode, file.errorString())};
+        return {{}, PlistFileIO::readError(file.errorString())};
     return {std::move(bytes), std::nullopt};
 }
 
@@ -75,7 +72,7 @@ template <typename T> void fill(T *out, T value)
         *out = std::move(value);
 }
 
-// Reads bytes no one else needs, which the reader may then write over.
+// Reads bytes no one else needs, which large binary data may then share.
 PlistValue readPlistTaking(QByteArray &&data, const QString &path, ADPlistFormat *format,
                            std::optional<KZError> *error)
 {
@@ -93,8 +90,8 @@ PlistValue readPlistTaking(QByteArray &&data, const QString &path, ADPlistFormat
 
 } // namespace
 
-PlistValue ADPlistObject::readPlistFromFile(const QString &path, bool, ADPlistFormat *format,
-                                            std::optional<KZError> *error)
+PlistValue PlistFileIO::readPlistFromFile(const QString &path, bool, ADPlistFormat *format,
+                                          std::optional<KZError> *error)
 {
     fill(format, ADPlistFormatUnknown);
     FileBytes file = readWholeFile(path);
@@ -102,49 +99,36 @@ PlistValue ADPlistObject::readPlistFromFile(const QString &path, bool, ADPlistFo
         fill(error, file.error);
         return {};
     }
-    return readPlistTaking(std::move(file.bytes), path, format, error);
+    // A relative path says little in a message read elsewhere: name the file in full.
+    const QFileInfo info(path);
+    return readPlistTaking(std::move(file.bytes),
+                           info.isRelative() ? info.absoluteFilePath() : path, format, error);
 }
 
-PlistValue ADPlistObject::readPlistFromData(const QByteArray &data, const QString &path,
-                                            ADPlistFormat *format, std::optional<KZError> *error)
+PlistValue PlistFileIO::readPlistFromData(const QByteArray &data, const QString &path,
+                                          ADPlistFormat *format, std::optional<KZError> *error)
 {
     return readPlistTaking(QByteArray(data), path, format, error);
 }
 
-ADPlistObject::Pointer ADPlistObject::plistObjectWithContentsOfFile(const QString &path,
-                                                                    bool authorizeIfNecessary,
-                                                                    ADPlistFormat *format,
-                                                                    std::optional<KZError> *error)
-{
-    try {
-        const PlistValue plist = readPlistFromFile(path, authorizeIfNecessary, format, error);
-        return plist.isNone() ? nullptr : createWithPlist(plist);
-    } catch (const std::exception &e) {
-        // Nothing a file holds may take the program down here.
-        fill(error, std::optional<KZError>(
-                        KZError(KZErrorDomain, kReadErrorCode, QString::fromLocal8Bit(e.what()))));
-        return nullptr;
-    }
-}
-
-ADPlistObject::Pointer ADPlistObject::plistObjectWithData(const QByteArray &data,
-                                                          QVariantMap *attributes)
+PlistFileIO::DataRead PlistFileIO::readPlistData(const QByteArray &data)
 {
     ReadError jsonError;
-    const ReadResult read = PlistSerialization::readAnyFormat(QByteArray(data), jsonError);
+    ReadResult read = PlistSerialization::readAnyFormat(QByteArray(data), jsonError);
+    DataRead result;
+    if (!read) {
+        result.errorString = jsonError.description();
+        return result;
+    }
     // JSON, tried when no property list format reads the bytes, has no format code here.
-    const bool plist = read && read.format != ADPlistFormatJSON;
-    if (attributes)
-        attributes->insert(PlistObjectFormat, plist ? read.format : ADPlistFormatUnknown);
-    if (read)
-        return createWithPlist(read.value);
-    if (attributes)
-        attributes->insert(PlistObjectErrorString, jsonError.description());
-    return nullptr;
+    if (read.format != ADPlistFormatJSON)
+        result.plistFormat = read.format;
+    result.value = std::move(read.value);
+    return result;
 }
 
-std::optional<KZError> ADPlistObject::writePlist(const PlistValue &plist, const QString &path,
-                                                 ADPlistFormat format, bool humanReadable)
+std::optional<KZError> PlistFileIO::writePlist(const PlistValue &plist, const QString &path,
+                                               ADPlistFormat format, bool humanReadable)
 {
     const WriteResult written = PlistSerialization::write(plist, format, humanReadable);
     if (!written)
@@ -156,7 +140,12 @@ std::optional<KZError> ADPlistObject::writePlist(const PlistValue &plist, const 
     return std::nullopt;
 }
 
-QString ADPlistObject::displayStringForPlistFormat(ADPlistFormat format)
+KZError PlistFileIO::readError(const QString &reason)
+{
+    return KZError(KZErrorDomain, kReadErrorCode, reason);
+}
+
+QString PlistFileIO::displayStringForPlistFormat(ADPlistFormat format)
 {
     switch (format) {
     case ADPlistFormatXML:

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "shared/KZRange.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <optional>
+
+class ADPlistTextView;
+class ADPreferences;
+class ADTextUndoRecorder;
+class ADUndoManager;
+class ADXMLTagColorizer;
+class QTextDocument;
+class QTimer;
+class QWidget;
+
+/// Options of `rangeOfString`, as bits.
+constexpr qint64 ADTextSearchCaseInsensitive = 1;
+constexpr qint64 ADTextSearchBackwards = 4;
+
+/// The text side of a document. It owns the text view of the plist's text,
+/// keeps the view's tag colouring and font in step with the preferences,
+/// records typing on the document's undo manager with the text document as
+/// the target, and answers the document's questions about the text and the
+/// selection. Nothing here parses the text.
+///
+/// Tags are coloured only while syntax colouring is on (the window turns it
+/// on for XML alone) and the "colorXMLTags" setting is on. Ranges are in
+/// UTF-16 units; the range {KZNotFound, 0} given to an editing operation
+/// means the whole text.
+///
+/// A long text goes into the view piece by piece, a piece each pass of the
+/// event loop, so that its top shows at once and the window stays live;
+/// meanwhile the view is read-only and `loadProgress` tells how far it is.
+/// Every question about the text first puts in the rest (`finishLoading`).
+///
+/// The view is a child of the widget given, or owned by this controller
+/// when none is. The preferences outlive it. Main thread only.
+class ADTextViewController : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ADTextViewController(ADPreferences &preferences, QWidget *parentWidget = nullptr,
+                                  QObject *parent = nullptr);
+    ~ADTextViewController() override;
+
+    ADPlistTextView *plistTextView() const { return _plistTextView; }
+    /// The document's; not owned, may be null (typing is then not undoable).
+    void setUndoManager(ADUndoManager *manager);
+
+    bool syntaxColoringEnabled() const { return _syntaxColoringEnabled; }
+    void setSyntaxColoringEnabled(bool enabled);
+    bool editable() const { return _editable; }
+    void setEditable(bool editable);
+
+    /// The text font of the preferences, else the fixed-pitch system font of size 10.
+    void refreshFonts();
+    /// Colours the text again, with the present settings, as it is shown.
+    void colorizeAllText();
+
+    bool isLoading() const { return !_pendingText.isNull(); }
+    /// Puts the rest of a text being loaded into the view now.
+    void finishLoading();
+
+    QString currentText();
+    /// The text document: what typing registers its undo with.
+    QTextDocument *textStorageForPrinting() const;
+    /// Replaces the whole text; not undoable here (the document registers that).
+    void updatePlistText(const QString &text);
+    /// None unless the range lies within the text.
+    std::optional<QString> textInRange(KZRange range);
+    QString selectedText();
+    /// Selects the range, scrolls to it and focuses the view; false unless
+    /// the range lies within the text.
+    bool selectTextInRange(KZRange range);
+    /// Searches from the end of the selection to the end of the text, or
+    /// backwards from the start of the selection to the start of the text;
+    /// with `wrap`, then the other part. Not found is {KZNotFound, 0}.
+    KZRange rangeOfString(const QString &string, qint64 options, bool wrap);
+    /// Replaces text as one undoable step that selects the old range again
+    /// when undone. False unless the range lies within the text.
+    bool replaceTextInRange(KZRange range, const QString &text);
+    void scrollToSelection();
+    void showFindIndicator() {}
+
+signals:
+    /// Of a text going into the view piece by piece; `loaded` == `total` at the end.
+    void loadProgress(qint64 loaded, qint64 total);
+
+private:
+    void loadPiece(qsizetype end);
+    void userDefaultDidChange(const QString &key);
+    void textDidChange();
+    KZRange wholeTextIfNotFound(KZRange range);
+
+    ADPreferences &_preferences;
+    bool _syntaxColoringEnabled = false;
+    bool _editable = true;
+    QPointer<ADPlistTextView> _plistTextView;
+    ADXMLTagColorizer *_colorizer;     // child
+    ADTextUndoRecorder *_undoRecorder; // child
+    QPointer<ADUndoManager> _undoManager;
+    QTimer *_loadTimer;   // child
+    QString _pendingText; // null unless a text is being loaded
+    qsizetype _pendingFrom = 0;
+    quint64 _colorObservation;
+};
