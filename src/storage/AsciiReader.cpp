@@ -2,10 +2,9 @@
 
 #include "AsciiDate.h"
 #include "BackslashEscapes.h"
-#include "ContainerBuilder.h"
 #include "JsonEncoding.h"
 #include "SimdText.h"
-#include "StringCache.h"
+#include "TextParser.h"
 #include "UnicodeText.h"
 #include "shared/NumberText.h"
 #include "shared/PlistDictionary.h"
@@ -138,38 +137,30 @@ ReadError::Kind typedDate(QByteArrayView text, PlistValue &out)
     return ReadError::Kind::None;
 }
 
-/// One pass over checked UTF-8 text; open containers on `_open`.
-/// Invariant: _begin <= _p <= _end.
-class Parser
+struct Opened
+{
+    const char *at;
+    bool stringsFile; // a dictionary without braces that ends with the text
+};
+
+/// One pass over checked UTF-8 text in the old-style grammar.
+class Parser : public TextParser<Parser, Opened>
 {
 public:
-    explicit Parser(QByteArrayView text)
-        : _begin(text.data()), _p(_begin), _end(_begin + text.size())
-    {}
+    using TextParser::TextParser;
 
     /// The document's value, or none with `failure()` set.
     PlistValue parse();
-    const JsonEncoding::Failure &failure() const { return _failure; }
 
 private:
-    // What a step left: an error, a finished value, or an open container
-    // waiting for its next element.
-    enum class Step
-    {
-        Failed,
-        Value,
-        Next,
-    };
-    struct Opened
-    {
-        const char *at;
-        bool stringsFile; // a dictionary without braces that ends with the text
-    };
-    using Builder = ContainerBuilder<Opened>;
+    friend class TextParser;
 
-    Step run(Step step, PlistValue &value);
     Step startValue(PlistValue &out);
     Step attach(PlistValue element, PlistValue &out);
+    Step next(PlistValue &out)
+    {
+        return _open.kind() == Builder::Kind::Array ? nextInArray(out) : nextInDictionary(out);
+    }
     Step nextInArray(PlistValue &out);
     Step nextInDictionary(PlistValue &out);
     Step close(PlistValue &out);
@@ -187,19 +178,7 @@ private:
     Step readHexData(const char *start, PlistValue &out);
     Step readBase64(const char *start, PlistValue &out);
     Step readTyped(const char *start, PlistValue &out);
-
-    Step fail(const char *at, ReadError::Kind kind, const QString &message);
-    QString describe(const char *p) const;
-    QString found() const { return describe(_p); }
     QString unclosed() const;
-
-    const char *const _begin;
-    const char *_p;
-    const char *const _end;
-    Builder _open;
-    StringCache _strings;
-    std::u16string _buffer; // the units of a string being decoded
-    JsonEncoding::Failure _failure;
 };
 
 PlistValue Parser::parse()
@@ -230,23 +209,6 @@ PlistValue Parser::parse()
         return {};
     }
     return value;
-}
-
-Parser::Step Parser::run(Step step, PlistValue &value)
-{
-    for (;;) {
-        if (step == Step::Failed)
-            return step;
-        if (step == Step::Value) {
-            if (_open.isEmpty())
-                return step;
-            step = attach(std::move(value), value);
-        } else if (_open.kind() == Builder::Kind::Array) {
-            step = nextInArray(value);
-        } else {
-            step = nextInDictionary(value);
-        }
-    }
 }
 
 Parser::Step Parser::startValue(PlistValue &out)
@@ -697,16 +659,6 @@ Parser::Step Parser::readTyped(const char *start, PlistValue &out)
     return Step::Value;
 }
 
-Parser::Step Parser::fail(const char *at, ReadError::Kind kind, const QString &message)
-{
-    _failure = JsonEncoding::failure(_begin, _end, at, kind, message);
-    return Step::Failed;
-}
-
-QString Parser::describe(const char *p) const
-{
-    return JsonEncoding::describe(p, _end);
-}
 // For messages at the end of the text: where the open container began.
 QString Parser::unclosed() const
 {

@@ -1,10 +1,9 @@
 #include "JsonReader.h"
 
 #include "BackslashEscapes.h"
-#include "ContainerBuilder.h"
 #include "JsonEncoding.h"
 #include "SimdText.h"
-#include "StringCache.h"
+#include "TextParser.h"
 #include "UnicodeText.h"
 #include "shared/NumberText.h"
 
@@ -25,36 +24,28 @@ bool isWhite(char c)
     return c == ' ' || c == '\n' || c == '\r' || c == '\t';
 }
 
-/// One pass over checked UTF-8 text; open containers on `_open`.
-/// Invariant: _begin <= _p <= _end.
-class Parser
+struct Opened
+{
+    const char *at;
+};
+
+/// One pass over checked UTF-8 text in the JSON grammar.
+class Parser : public TextParser<Parser, Opened>
 {
 public:
-    explicit Parser(QByteArrayView text)
-        : _begin(text.data()), _p(_begin), _end(_begin + text.size())
-    {}
+    using TextParser::TextParser;
 
     /// The text's value, or none with `failure()` set.
     PlistValue parse();
-    const JsonEncoding::Failure &failure() const { return _failure; }
 
 private:
-    // What a step left: an error, a finished value, or an open container
-    // waiting for its next element.
-    enum class Step
-    {
-        Failed,
-        Value,
-        Next,
-    };
-    struct Opened
-    {
-        const char *at;
-    };
-    using Builder = ContainerBuilder<Opened>;
+    friend class TextParser;
 
-    Step run(Step step, PlistValue &value);
     Step startValue(PlistValue &out);
+    Step next(PlistValue &out)
+    {
+        return _open.kind() == Builder::Kind::Dictionary ? nextMember(out) : startValue(out);
+    }
     Step open(bool isObject, PlistValue &out);
     Step attach(PlistValue element, PlistValue &out);
     Step nextMember(PlistValue &out);
@@ -65,19 +56,7 @@ private:
     Step readString(PlistValue &out);
     Step readEscaped(const char *start, const char *run, PlistValue &out);
     bool readEscape();
-
-    Step fail(const char *at, ReadError::Kind kind, const QString &message);
-    QString describe(const char *p) const;
-    QString found() const { return describe(_p); }
     QString unclosed() const;
-
-    const char *const _begin;
-    const char *_p;
-    const char *const _end;
-    Builder _open;
-    StringCache _strings;
-    std::u16string _buffer; // the units of a string being decoded
-    JsonEncoding::Failure _failure;
 };
 
 PlistValue Parser::parse()
@@ -92,23 +71,6 @@ PlistValue Parser::parse()
         return {};
     }
     return value;
-}
-
-Parser::Step Parser::run(Step step, PlistValue &value)
-{
-    for (;;) {
-        if (step == Step::Failed)
-            return step;
-        if (step == Step::Value) {
-            if (_open.isEmpty())
-                return step;
-            step = attach(std::move(value), value);
-        } else if (_open.kind() == Builder::Kind::Dictionary) {
-            step = nextMember(value);
-        } else {
-            step = startValue(value);
-        }
-    }
 }
 
 Parser::Step Parser::startValue(PlistValue &out)
@@ -349,16 +311,6 @@ bool Parser::readEscape()
     return true;
 }
 
-Parser::Step Parser::fail(const char *at, ReadError::Kind kind, const QString &message)
-{
-    _failure = JsonEncoding::failure(_begin, _end, at, kind, message);
-    return Step::Failed;
-}
-
-QString Parser::describe(const char *p) const
-{
-    return JsonEncoding::describe(p, _end);
-}
 // For messages at the end of the text: where the innermost open container began.
 QString Parser::unclosed() const
 {
