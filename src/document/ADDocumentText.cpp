@@ -1,5 +1,7 @@
 #include "ADDocumentText.h"
 
+#include "ADPlistTextSide.h"
+
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -42,4 +44,31 @@ bool ADDocumentText::containsRange(const QTextDocument &document, KZRange range)
 {
     return range.location >= 0 && range.length >= 0 &&
            range.location <= length(document) - range.length;
+}
+
+KZRange ADDocumentText::wholeTextIfNotFound(const QTextDocument &document, KZRange range)
+{
+    return range.isNotFound() ? KZRange{0, length(document)} : range;
+}
+
+KZRange ADDocumentText::rangeOfString(const QString &text, KZRange selection, const QString &string,
+                                      qint64 options, bool wrap)
+{
+    if (string.isEmpty())
+        return {};
+    const Qt::CaseSensitivity sensitivity =
+        options & ADTextSearchCaseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive;
+    const bool backwards = options & ADTextSearchBackwards;
+    const auto search = [&](KZRange part) -> KZRange {
+        const QStringView view = QStringView(text).mid(part.location, part.length);
+        const qsizetype at = backwards ? view.lastIndexOf(string, -1, sensitivity)
+                                       : view.indexOf(string, 0, sensitivity);
+        return at < 0 ? KZRange{} : KZRange{part.location + at, string.size()};
+    };
+    const KZRange ahead{selection.end(), text.size() - selection.end()};
+    const KZRange behind{0, selection.location};
+    const KZRange found = search(backwards ? behind : ahead);
+    if (!found.isNotFound() || !wrap)
+        return found;
+    return search(backwards ? ahead : behind);
 }

@@ -20,4 +20,11 @@ public:
     /// Replaces a range within the text, as one edit.
     static void replace(QTextDocument &document, KZRange range, const QString &text);
     static bool containsRange(const QTextDocument &document, KZRange range);
+    /// The whole text for {KZNotFound, 0}, else `range`.
+    static KZRange wholeTextIfNotFound(const QTextDocument &document, KZRange range);
+    /// Where `string` is next found in `text` from `selection`: forward from
+    /// its end, or with `ADTextSearchBackwards` backward from its start; with
+    /// `wrap`, then in the other part. Not found is {KZNotFound, 0}.
+    static KZRange rangeOfString(const QString &text, KZRange selection, const QString &string,
+                                 qint64 options, bool wrap);
 };

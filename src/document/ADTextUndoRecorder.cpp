@@ -77,6 +77,23 @@ void ADTextUndoRecorder::breakCoalescing()
     _burst.reset();
 }
 
+void ADTextUndoRecorder::replaceRange(KZRange range, const QString &text)
+{
+    QTextDocument *document = _shared->document;
+    if (!document)
+        return;
+    if (_manager) {
+        registerStep(*_manager, _shared,
+                     std::make_shared<Step>(Step{range.location,
+                                                 ADDocumentText::textInRange(*document, range),
+                                                 text.size(), _shared->epoch}));
+    }
+    _burst.reset();
+    _shared->applying = true;
+    ADDocumentText::replace(*document, range, text);
+    _shared->applying = false;
+}
+
 void ADTextUndoRecorder::setPaused(bool paused)
 {
     _paused = paused;

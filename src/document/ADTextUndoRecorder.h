@@ -48,6 +48,9 @@ public:
     void prepareForEdit(qint64 from, qint64 to);
     /// The next edit starts a new undo group.
     void breakCoalescing();
+    /// Replaces a range within the text as an undo step of its own, which
+    /// puts the old text back and reports it restored.
+    void replaceRange(KZRange range, const QString &text);
     /// While paused, edits are not recorded: whoever makes them registers
     /// their undo.
     void setPaused(bool paused);

@@ -37,6 +37,7 @@ QString addressText(const void *object)
 ADPlistObject::ADPlistObject(Passkey, PlistValue plist, ADPlistParent *parent)
     : _plist(std::move(plist))
 {
+    _type = qint8(_plist.plistType());
     setParent(parent);
 }
 
@@ -290,7 +291,7 @@ ADPlistObject::Extras &ADPlistObject::extras()
 
 qint64 ADPlistObject::childCount() const
 {
-    return _childrenDropped ? 0 : _plist.containerCount();
+    return hasChildren() && !_childrenDropped ? _plist.containerCount() : 0;
 }
 
 ADPlistObject::Slots &ADPlistObject::childSlots() const
@@ -516,7 +517,7 @@ void ADPlistObject::createChildrenAndNotify(bool notify)
 
 void ADPlistObject::createChildren(const Context &context, bool notify)
 {
-    dropChildren();
+    detachChildren();
     _childrenDropped = false;
     ADKeyOrder::applyToSubtree(_plist, ADKeySortPreferences::current());
     if (notify && hasChildren())
@@ -535,7 +536,9 @@ void ADPlistObject::destroyChildren(const Context &context, bool notify)
     if (!hasChildren())
         return;
     const KZIndexSet all = KZIndexSet::range(0, childCount());
-    dropChildren();
+    // The old children live until the listeners have heard of their going: a
+    // view may still hold them.
+    std::unique_ptr<Slots> dropped = detachChildren();
     _children = std::make_unique<Slots>();
     _childrenDropped = true;
     if (notify)
@@ -543,19 +546,20 @@ void ADPlistObject::destroyChildren(const Context &context, bool notify)
              {{PlistObjectChildIndexesKey, QVariant::fromValue(all)}});
 }
 
-// Detaches every child made so far; the plain value is not touched.
-void ADPlistObject::dropChildren()
+// Detaches every child made so far and hands them over; the plain value is
+// not touched.
+std::unique_ptr<ADPlistObject::Slots> ADPlistObject::detachChildren()
 {
-    if (!_children)
-        return;
-    for (const Pointer &child : *_children) {
-        if (!child)
-            continue;
-        child->_parent = nullptr;
-        child->_parentIsNode = false;
-        child->_indexInParent = -1;
+    if (_children) {
+        for (const Pointer &child : *_children) {
+            if (!child)
+                continue;
+            child->_parent = nullptr;
+            child->_parentIsNode = false;
+            child->_indexInParent = -1;
+        }
     }
-    _children.reset();
+    return std::move(_children);
 }
 
 void ADPlistObject::post(const Context &context, const QString &name,

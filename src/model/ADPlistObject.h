@@ -133,15 +133,18 @@ public:
     KZNotificationCenter *notificationCenter() const override;
     ADUndoManager *undoManager() const override;
     const void *scriptingObject() const override { return this; }
-    ADPlistType plistType() const override { return _plist.plistType(); }
+    ADPlistType plistType() const override { return _type; }
     ADStructureDefinition *structureDefinition() const override;
 
     // --- value
     const PlistValue &plist() const { return _plist; }
+    /// What a container holds for this node, and what a file holds for a
+    /// root: its value, or the keyed-archiver UID it shows.
+    PlistValue entryValue() const;
     QString plistTypeName() const { return classNameForPlistType(plistType()); }
     /// True for arrays and dictionaries, empty or not.
-    bool hasChildren() const { return _plist.isContainer(); }
-    bool hasKeys() const { return _plist.isDictionary(); }
+    bool hasChildren() const { return _type == ADPlistTypeArray || _type == ADPlistTypeDictionary; }
+    bool hasKeys() const { return _type == ADPlistTypeDictionary; }
     const std::shared_ptr<ADValueViewer> &valueViewer() const;
 
     // --- children (made when first asked for)
@@ -283,12 +286,10 @@ private:
     Slots &childSlots() const;
     /// Entry `index` of the plain container.
     const PlistValue &entryAtIndex(qint64 index) const;
-    /// What the parent's container holds for this node: its value, or the UID it shows.
-    PlistValue entryValue() const;
     Pointer makeChild(qint64 index) const;
     void attachChild(ADPlistObject &child, qint64 index);
     void renumberChildren();
-    void dropChildren();
+    std::unique_ptr<Slots> detachChildren();
     void createChildren(const Context &context, bool notify);
     void destroyChildren(const Context &context, bool notify);
     void registerUndo(const Context &context, std::function<void(ADPlistObject &)> inverse);
@@ -301,8 +302,9 @@ private:
     void setPlist(const Context &context, const PlistValue &plist);
     void coerceToPlistType(const Context &context, ADPlistType type);
     void setValueViewer(const Context &context, const std::shared_ptr<ADValueViewer> &viewer);
+    /// Keys as string values: a removal hands its own back to its undo, shared, not copied.
     void insertChildren(const Context &context, const std::vector<Pointer> &children,
-                        const QStringList &keys, const KZIndexSet &indexes);
+                        std::vector<PlistValue> keys, const KZIndexSet &indexes);
     void removeChildrenAtIndexes(const Context &context, const KZIndexSet &indexes);
     void reorderChildrenUsingMap(const Context &context, const KZIndexMap &map,
                                  const std::vector<Pointer> &movedChildren);
@@ -311,8 +313,11 @@ private:
     mutable std::atomic<quint32> _references{0};
     bool _parentIsNode = false;
     bool _showsUid = false; // `_plist` shows a keyed-archiver UID of the parent's container
-    bool _childrenDropped =
-        false; // `destroyChildrenAndNotify` ran, `createChildrenAndNotify` not yet
+    // `destroyChildrenAndNotify` ran, `createChildrenAndNotify` not yet.
+    bool _childrenDropped = false;
+    // The type of `_plist`, kept beside it: outlines ask every row, and the
+    // value itself lies elsewhere in memory.
+    qint8 _type = qint8(ADPlistTypeUnknown);
     PlistValue _plist;
     mutable std::unique_ptr<Slots> _children; // made with the first child asked for
     ADPlistParent *_parent = nullptr;

@@ -111,6 +111,7 @@ void ADPlistObject::setPlist(const Context &context, const PlistValue &plist)
     if (old.plistType() != plist.plistType())
         setValueViewer(context, nullptr);
     _plist = plist.kz_copyMutableContainers();
+    _type = qint8(_plist.plistType());
     writeThroughToParent();
     if (hasChildren())
         createChildren(context, true);
@@ -169,14 +170,14 @@ void ADPlistObject::setKey(const QString &key, qint64 childIndex)
 void ADPlistObject::insertChildren(const std::vector<Pointer> &children, const QStringList &keys,
                                    const KZIndexSet &indexes)
 {
-    insertChildren(context(), children, keys, indexes);
+    insertChildren(context(), children, std::vector<PlistValue>(keys.begin(), keys.end()), indexes);
 }
 
 void ADPlistObject::insertChildren(const Context &context, const std::vector<Pointer> &children,
-                                   const QStringList &keys, const KZIndexSet &indexes)
+                                   std::vector<PlistValue> keys, const KZIndexSet &indexes)
 {
     Q_ASSERT(hasChildren() && !_childrenDropped && qint64(children.size()) == indexes.count());
-    Q_ASSERT(!hasKeys() || keys.size() == qsizetype(children.size()));
+    Q_ASSERT(!hasKeys() || keys.size() == children.size());
     registerUndo(context,
                  [indexes](ADPlistObject &self) { self.removeChildrenAtIndexes(indexes); });
     std::vector<PlistValue> values;
@@ -185,8 +186,7 @@ void ADPlistObject::insertChildren(const Context &context, const std::vector<Poi
         values.push_back(child->entryValue());
     kz_insertAtIndexes(childSlots(), indexes, Slots(children));
     if (hasKeys()) {
-        std::vector<PlistValue> keyValues(keys.begin(), keys.end());
-        _plist.toDictionary().insert(indexes, keyValues, std::move(values));
+        _plist.toDictionary().insert(indexes, keys, std::move(values));
     } else {
         _plist.toArray().insert(indexes, std::move(values));
     }
@@ -228,11 +228,13 @@ void ADPlistObject::removeChildrenAtIndexes(const Context &context, const KZInde
     if (indexes.isEmpty())
         return;
     const std::vector<Pointer> removed = childrenAtIndexes(indexes);
-    QStringList removedKeys;
-    if (hasKeys())
-        indexes.forEach([&](qint64 i) { removedKeys << keyAtIndex(i); });
+    std::vector<PlistValue> removedKeys;
+    if (hasKeys()) {
+        removedKeys.reserve(size_t(indexes.count()));
+        indexes.forEach([&](qint64 i) { removedKeys.push_back(_plist.containerKeyAt(i)); });
+    }
     registerUndo(context, [removed, removedKeys, indexes](ADPlistObject &self) {
-        self.insertChildren(removed, removedKeys, indexes);
+        self.insertChildren(self.context(), removed, removedKeys, indexes);
     });
     if (hasKeys())
         _plist.toDictionary().remove(indexes);
@@ -265,7 +267,7 @@ void ADPlistObject::replaceChildAtIndex(qint64 index, const Pointer &object)
 {
     const Context context = this->context();
     removeChildrenAtIndexes(context, KZIndexSet(index));
-    insertChildren(context, {object}, {}, KZIndexSet(index));
+    insertChildren(context, {object}, std::vector<PlistValue>(), KZIndexSet(index));
 }
 
 void ADPlistObject::reorderChildrenUsingMap(const KZIndexMap &map,

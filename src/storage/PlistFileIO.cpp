@@ -1,13 +1,13 @@
 #include "PlistFileIO.h"
 
 #include "PlistSerialization.h"
+#include "SafeFileWriter.h"
 
 #include "shared/HugePages.h"
 #include "shared/KZLocalizedString.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <algorithm>
 
@@ -133,11 +133,7 @@ std::optional<KZError> PlistFileIO::writePlist(const PlistValue &plist, const QS
     const WriteResult written = PlistSerialization::write(plist, format, humanReadable);
     if (!written)
         return KZError(KZErrorDomain, kWriteErrorCode, written.error);
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(written.data) != written.data.size() ||
-        !file.commit())
-        return KZError(KZErrorDomain, kWriteErrorCode, file.errorString());
-    return std::nullopt;
+    return SafeFileWriter::write(path, written.data);
 }
 
 KZError PlistFileIO::readError(const QString &reason)

@@ -12,8 +12,10 @@
 /// The one route between property list files and plain values, for the tree,
 /// the documents and the command line tool alike. Reading takes the whole
 /// file, tries the property list formats and then JSON, and names the file by
-/// its full path in the message when nothing reads it. Writing is atomic: on
-/// any failure the old file is left as it was. Any thread.
+/// its full path in the message when nothing reads it. Writing goes through
+/// `SafeFileWriter`: it is atomic, leaves the old file as it was on any
+/// failure, and keeps the file's permissions, links and extended attributes.
+/// Any thread.
 class PlistFileIO
 {
 public:

@@ -1,6 +1,7 @@
 #include "ArdeckTool.h"
 #include "ArdeckOptions.h"
 
+#include "shared/KZExtendedAttributes.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 #include "storage/PlistSerialization.h"
@@ -9,6 +10,7 @@
 #include "support/ValueWalk.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <cmath>
 
@@ -193,6 +195,28 @@ TEST_F(ArdeckToolTest, EditsValuesInPlace)
     EXPECT_TRUE(lines[1].startsWith(QStringLiteral("    com.example.key:")))
         << "the others keep their places";
     EXPECT_TRUE(lines.filter(QStringLiteral("nested:")).size() == 1);
+}
+
+TEST_F(ArdeckToolTest, InPlaceEditsKeepLinkModeAndAttributes)
+{
+    const QString link = _dir.filePath(QStringLiteral("link.plist"));
+    ASSERT_TRUE(QFile::link(_sample, link));
+    ASSERT_TRUE(QFile::setPermissions(_sample, QFile::ReadOwner | QFile::WriteOwner));
+    if (!KZExtendedAttributes::setValue(_sample, QStringLiteral("user.origin"), "kept"))
+        GTEST_SKIP() << "no extended attributes on this file system";
+
+    for (const QStringList &edit : {QStringList{"set", link, "Alpha", "integer", "3"},
+                                    QStringList{"insert", link, "Beta", "string", "b"},
+                                    QStringList{"remove", link, "zebra"}}) {
+        SCOPED_TRACE(qPrintable(edit.first()));
+        ASSERT_EQ(ardeck(edit).status, 0);
+        EXPECT_TRUE(QFileInfo(link).isSymLink());
+        EXPECT_EQ(QFile::permissions(_sample),
+                  QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
+        EXPECT_EQ(KZExtendedAttributes::value(_sample, QStringLiteral("user.origin")),
+                  QByteArray("kept"));
+    }
+    EXPECT_EQ(ardeck({"get", _sample, "Alpha"}).out, QByteArray("3\n"));
 }
 
 TEST_F(ArdeckToolTest, RefusesBadEditsAndChangesNothing)

@@ -46,39 +46,6 @@ QByteArray bytes(int count)
 
 // --- the platform's layout, byte for byte ----------------------------------------
 
-// Files written by the platform's own tools (or by tools that copy its layout
-// exactly): reading and writing them again must not change a byte.
-const char *const kPlatformLayoutFiles[] = {
-    "gnustep/Tests/base/PropertyLists/non_baseplane_utf8.plist",
-    "libplist/test_data/7.plist",
-    "libplist/test_data/offxml.plist",
-    "libplist/test_data/order.plist",
-    "libplist/test_data/signed.plist",
-    "libplist/test_data/signedunsigned.plist",
-    "libplist/test_data/unsigned.plist",
-    "mDNSResponder/BonjourExtension-Info.plist",
-    "mDNSResponder/com.apple.mDNSResponder.mdns-tcpdump.plist",
-    "mDNSResponder/com.apple.mDNSResponder.plist",
-    "mDNSResponder/com.apple.mDNSResponderHelper.plist",
-    "mDNSResponder/dns-sd-entitlements.plist",
-    "mDNSResponder/mDNSResponder.plist",
-    "rust-plist/xml-animals.plist",
-    "sparkle/IDEWorkspaceChecks.plist",
-    "sparkle/Sparkle-Info.plist",
-    "sparkle/Sparkle-Test-App.entitlements",
-    "swift-corelibs-foundation/Info.plist",
-    "swift-corelibs-foundation/NSKeyedUnarchiver-ArrayTest.plist",
-    "swift-corelibs-foundation/NSKeyedUnarchiver-ConcreteValueTest.plist",
-    "swift-corelibs-foundation/NSKeyedUnarchiver-NotificationTest.plist",
-    "swift-corelibs-foundation/NSKeyedUnarchiver-OrderedSetTest.plist",
-    "swift-corelibs-foundation/NSKeyedUnarchiver-RangeTest.plist",
-    "swift-corelibs-foundation/NSKeyedUnarchiver-URLTest.plist",
-    "swift-corelibs-foundation/NSKeyedUnarchiver-UUIDTest.plist",
-    "swift-corelibs-foundation/NSURLTestData.plist",
-    "swift-corelibs-foundation/Test.plist",
-    "swift-foundation/Generic_XML_Properties.plist",
-};
-
 class XmlWriterPlatformFiles : public testing::TestWithParam<const char *>
 {};
 

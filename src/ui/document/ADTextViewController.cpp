@@ -175,7 +175,7 @@ QString ADTextViewController::selectedText()
 bool ADTextViewController::selectTextInRange(KZRange range)
 {
     finishLoading();
-    range = wholeTextIfNotFound(range);
+    range = ADDocumentText::wholeTextIfNotFound(*_plistTextView->document(), range);
     if (!ADDocumentText::containsRange(*_plistTextView->document(), range))
         return false;
     QTextCursor cursor = _plistTextView->textCursor();
@@ -189,54 +189,20 @@ bool ADTextViewController::selectTextInRange(KZRange range)
 
 KZRange ADTextViewController::rangeOfString(const QString &string, qint64 options, bool wrap)
 {
-    if (string.isEmpty())
-        return {};
-    const QString text = currentText();
     const QTextCursor cursor = _plistTextView->textCursor();
-    const qint64 selectionStart = cursor.selectionStart();
-    const qint64 selectionEnd = cursor.selectionEnd();
-    const Qt::CaseSensitivity sensitivity =
-        options & ADTextSearchCaseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive;
-    const auto search = [&](qint64 from, qint64 to, bool backwards) -> KZRange {
-        const QStringView part = QStringView(text).mid(from, to - from);
-        const qsizetype at = backwards ? part.lastIndexOf(string, -1, sensitivity)
-                                       : part.indexOf(string, 0, sensitivity);
-        return at < 0 ? KZRange{} : KZRange{from + at, string.size()};
-    };
-    const bool backwards = options & ADTextSearchBackwards;
-    const KZRange ahead{selectionEnd, text.size() - selectionEnd};
-    const KZRange behind{0, selectionStart};
-    const KZRange first = backwards ? behind : ahead;
-    const KZRange other = backwards ? ahead : behind;
-    const KZRange found = search(first.location, first.end(), backwards);
-    if (!found.isNotFound() || !wrap)
-        return found;
-    return search(other.location, other.end(), backwards);
+    return ADDocumentText::rangeOfString(
+        currentText(), {cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart()},
+        string, options, wrap);
 }
 
 bool ADTextViewController::replaceTextInRange(KZRange range, const QString &text)
 {
     finishLoading();
-    range = wholeTextIfNotFound(range);
-    QTextDocument &document = *_plistTextView->document();
+    const QTextDocument &document = *_plistTextView->document();
+    range = ADDocumentText::wholeTextIfNotFound(document, range);
     if (!ADDocumentText::containsRange(document, range))
         return false;
-    if (_undoManager) {
-        const QPointer<ADTextViewController> self(this);
-        const KZRange replaced{range.location, text.size()};
-        const QString old = ADDocumentText::textInRange(document, range);
-        _undoManager->registerUndo(&document, [self, range] {
-            if (self)
-                self->selectTextInRange(range);
-        });
-        _undoManager->registerUndo(&document, [self, replaced, old] {
-            if (self)
-                self->replaceTextInRange(replaced, old);
-        });
-    }
-    _undoRecorder->setPaused(true);
-    ADDocumentText::replace(document, range, text);
-    _undoRecorder->setPaused(false);
+    _undoRecorder->replaceRange(range, text);
     return true;
 }
 
@@ -276,11 +242,4 @@ void ADTextViewController::loadPiece(qsizetype end)
         _plistTextView->setReadOnly(!_editable);
     }
     emit loadProgress(end, total);
-}
-
-KZRange ADTextViewController::wholeTextIfNotFound(KZRange range)
-{
-    if (!range.isNotFound())
-        return range;
-    return {0, ADDocumentText::length(*_plistTextView->document())};
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shared/KZRange.h"
+#include "document/ADPlistTextSide.h"
 
 #include <QObject>
 #include <QPointer>
@@ -16,10 +16,6 @@ class ADXMLTagColorizer;
 class QTextDocument;
 class QTimer;
 class QWidget;
-
-/// Options of `rangeOfString`, as bits.
-constexpr qint64 ADTextSearchCaseInsensitive = 1;
-constexpr qint64 ADTextSearchBackwards = 4;
 
 /// The text side of a document. It owns the text view of the plist's text,
 /// keeps the view's tag colouring and font in step with the preferences,
@@ -39,7 +35,7 @@ constexpr qint64 ADTextSearchBackwards = 4;
 ///
 /// The view is a child of the widget given, or owned by this controller
 /// when none is. The preferences outlive it. Main thread only.
-class ADTextViewController : public QObject
+class ADTextViewController : public QObject, public ADPlistTextSide
 {
     Q_OBJECT
 
@@ -49,8 +45,8 @@ public:
     ~ADTextViewController() override;
 
     ADPlistTextView *plistTextView() const { return _plistTextView; }
-    /// The document's; not owned, may be null (typing is then not undoable).
-    void setUndoManager(ADUndoManager *manager);
+    void setUndoManager(ADUndoManager *manager) override;
+    const void *undoTarget() const override { return textStorageForPrinting(); }
 
     bool syntaxColoringEnabled() const { return _syntaxColoringEnabled; }
     void setSyntaxColoringEnabled(bool enabled);
@@ -66,24 +62,16 @@ public:
     /// Puts the rest of a text being loaded into the view now.
     void finishLoading();
 
-    QString currentText();
+    QString currentText() override;
     /// The text document: what typing registers its undo with.
     QTextDocument *textStorageForPrinting() const;
-    /// Replaces the whole text; not undoable here (the document registers that).
-    void updatePlistText(const QString &text);
-    /// None unless the range lies within the text.
-    std::optional<QString> textInRange(KZRange range);
-    QString selectedText();
-    /// Selects the range, scrolls to it and focuses the view; false unless
-    /// the range lies within the text.
-    bool selectTextInRange(KZRange range);
-    /// Searches from the end of the selection to the end of the text, or
-    /// backwards from the start of the selection to the start of the text;
-    /// with `wrap`, then the other part. Not found is {KZNotFound, 0}.
-    KZRange rangeOfString(const QString &string, qint64 options, bool wrap);
-    /// Replaces text as one undoable step that selects the old range again
-    /// when undone. False unless the range lies within the text.
-    bool replaceTextInRange(KZRange range, const QString &text);
+    void updatePlistText(const QString &text) override;
+    std::optional<QString> textInRange(KZRange range) override;
+    QString selectedText() override;
+    /// Also scrolls to the range and focuses the view.
+    bool selectTextInRange(KZRange range) override;
+    KZRange rangeOfString(const QString &string, qint64 options, bool wrap) override;
+    bool replaceTextInRange(KZRange range, const QString &text) override;
     void scrollToSelection();
     void showFindIndicator() {}
 
@@ -95,7 +83,6 @@ private:
     void loadPiece(qsizetype end);
     void userDefaultDidChange(const QString &key);
     void textDidChange();
-    KZRange wholeTextIfNotFound(KZRange range);
 
     ADPreferences &_preferences;
     bool _syntaxColoringEnabled = false;

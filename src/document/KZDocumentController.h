@@ -1,0 +1,82 @@
+#pragma once
+
+#include "KZDocument.h"
+#include "KZDocumentPanels.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+/// Posted on the default centre with the document as the object.
+inline const QString KZDocumentControllerDidAddDocumentNotification =
+    QStringLiteral("KZDocumentControllerDidAddDocumentNotification");
+inline const QString KZDocumentControllerDidRemoveDocumentNotification =
+    QStringLiteral("KZDocumentControllerDidRemoveDocumentNotification");
+
+/// The program's open documents, and how documents come and go: files
+/// opened (by path or through the open panel), untitled documents, and at
+/// start-up the offer to reopen what a run that died left unsaved.
+///
+/// Documents are made by the factory for their type, given the controller's
+/// presenter, panels and autosave store, and owned here until they close.
+/// The presenter, panels and store are not owned and outlive the controller.
+/// Main thread only.
+class KZDocumentController : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Factory = std::function<std::unique_ptr<KZDocument>(const QString &type)>;
+    using DocumentsCompletion = std::function<void(const std::vector<KZDocument *> &documents)>;
+
+    /// `types`: what files open as, by extension; the first is the default type.
+    KZDocumentController(Factory factory, std::vector<KZFileTypeFilter> types,
+                         QObject *parent = nullptr);
+    ~KZDocumentController() override;
+
+    void setPresenter(KZDocumentPresenter *presenter) { _presenter = presenter; }
+    void setPanels(KZDocumentPanels *panels) { _panels = panels; }
+    void setAutosaveStore(KZAutosaveStore *store) { _autosaveStore = store; }
+
+    const std::vector<std::unique_ptr<KZDocument>> &documents() const { return _documents; }
+    /// The open document of the file, or null.
+    KZDocument *documentForURL(const QString &path) const;
+    /// The type a file opens as, by its extension: the default type for any other.
+    QString typeForContentsOfURL(const QString &path) const;
+    QString defaultType() const;
+
+    /// Opens the file, or finds it open. No document and no error: the user
+    /// declined (the raw text of a bad file, say).
+    void openDocumentWithContentsOfURL(
+        const QString &path,
+        std::function<void(KZDocument *document, const std::optional<KZError> &error)> done);
+    KZDocument *openUntitledDocumentOfType(const QString &type);
+    /// Runs the open panel and opens each file chosen; errors are shown.
+    void openDocument(DocumentsCompletion done = {});
+    /// Offers back what a run that died left unsaved: the documents come back
+    /// edited, with their files. Declined for now, the offer comes again at
+    /// the next start; discarded, it is gone.
+    void reopenAutosavedDocuments(DocumentsCompletion done = {});
+
+    void addDocument(std::unique_ptr<KZDocument> document);
+
+signals:
+    void documentAdded(KZDocument *document);
+    void documentRemoved(KZDocument *document);
+
+private:
+    std::unique_ptr<KZDocument> makeDocument(const QString &type) const;
+    void removeDocument(KZDocument *document);
+    void reopenRecords(std::vector<KZAutosaveStore::Record> records, DocumentsCompletion done);
+
+    Factory _factory;
+    std::vector<KZFileTypeFilter> _types;
+    std::vector<std::unique_ptr<KZDocument>> _documents;
+    KZDocumentPresenter *_presenter = nullptr;
+    KZDocumentPanels *_panels = nullptr;
+    KZAutosaveStore *_autosaveStore = nullptr;
+};

@@ -1,0 +1,307 @@
+#include "outline/ADPlistOutlineController.h"
+#include "support/ValueBuilders.h"
+
+#include "model/ADUndoManager.h"
+#include "preferences/KZUserDefaults.h"
+
+#include <QAbstractItemModelTester>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// What a document gives its outline: an undo manager and a private centre.
+class ADPlistOutlineControllerTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        undo.setNotificationCenter(&center);
+        undo.setGroupsByEvent(false);
+        controller.setNotificationCenter(&center);
+        controller.setUndoManager(&undo);
+        // Reports any broken promise of the model as a test failure.
+        tester = std::make_unique<QAbstractItemModelTester>(
+            &controller.model(), QAbstractItemModelTester::FailureReportingMode::Warning);
+    }
+
+    ADPlistObject::Pointer show(const PlistValue &value)
+    {
+        auto root = ADPlistObject::createWithPlist(value.kz_copyMutableContainers());
+        controller.setPlistRoot(root);
+        controller.model().expandItem(root.get());
+        return root;
+    }
+    template <typename Edit> void command(Edit &&edit)
+    {
+        controller.performOutlineUpdate([&] {
+            undo.beginUndoGrouping();
+            edit();
+            undo.endUndoGrouping();
+        });
+    }
+    // The model's rows below `item`, as its key texts.
+    QStringList shownKeys(ADPlistObject *item)
+    {
+        ADPlistOutlineModel &model = controller.model();
+        const QModelIndex parent = model.indexForItem(item);
+        QStringList keys;
+        for (int row = 0; row < model.rowCount(parent); ++row) {
+            const QModelIndex index = model.index(row, 0, parent);
+            EXPECT_EQ(ADPlistOutlineModel::itemForIndex(index), item->childAtIndex(row));
+            keys << index.data().toString();
+        }
+        return keys;
+    }
+    std::vector<ADPlistObject *> children(ADPlistObject *item, std::initializer_list<int> rows)
+    {
+        std::vector<ADPlistObject *> found;
+        for (const int row : rows)
+            found.push_back(item->childAtIndex(row));
+        return found;
+    }
+
+    QTemporaryDir dir;
+    KZUserDefaults defaults{dir.filePath(QStringLiteral("settings.plist"))};
+    KZNotificationCenter center;
+    ADUndoManager undo;
+    ADPlistOutlineController controller{defaults};
+    std::unique_ptr<QAbstractItemModelTester> tester;
+};
+
+const PlistValue kSample = dictionaryOf({{"a", PlistValue(1)},
+                                         {"b", arrayOf({PlistValue(10), PlistValue(20)})},
+                                         {"c", str("x")},
+                                         {"d", PlistValue(true)}});
+
+TEST_F(ADPlistOutlineControllerTest, CommandsMoveRowsAndSelectWhatChanged)
+{
+    const auto root = show(kSample);
+    ADPlistObject *b = root->childForKey("b");
+    command([&] { root->createNewChildOfType(ADPlistTypeString, 1, QStringLiteral("n")); });
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "n", "b", "c", "d"}));
+    EXPECT_EQ(controller.selectedItems(), children(root.get(), {1})) << "the new row is selected";
+
+    command([&] { root->removeChildrenAtIndexes(KZIndexSet::fromIndexes({1, 3})); });
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "b", "d"}));
+    EXPECT_EQ(controller.selectedItems(), children(root.get(), {0}));
+
+    command([&] { root->moveChildIndexes(KZIndexSet(2), 0); });
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"d", "a", "b"}));
+    EXPECT_EQ(controller.selectedItems(), children(root.get(), {0})) << "moved rows are selected";
+
+    controller.model().expandItem(b);
+    controller.selectItems({b->childAtIndex(1)});
+    controller.undo(); // the move
+    controller.undo(); // the removal: the same nodes come back
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "n", "b", "c", "d"}));
+    EXPECT_TRUE(controller.model().isItemExpanded(b));
+    EXPECT_EQ(shownKeys(b), (QStringList{"0", "1"}));
+    controller.redo();
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "b", "d"}));
+}
+
+TEST_F(ADPlistOutlineControllerTest, ChangesFromElsewhereReloadAndLeaveTheSelection)
+{
+    const auto root = show(kSample);
+    ADPlistObject *c = root->childForKey("c");
+    controller.selectItems({c});
+    undo.beginUndoGrouping();
+    root->removeChildAtIndex(0);
+    root->childForKey("c")->setPlist(dictionaryOf({{"k", PlistValue(1)}}));
+    undo.endUndoGrouping();
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"b", "c", "d"}));
+    EXPECT_EQ(controller.selectedItems(), std::vector<ADPlistObject *>{c});
+    EXPECT_TRUE(controller.model().hasChildren(controller.model().indexForItem(c)))
+        << "a string that became a dictionary opens";
+
+    // Many ranges at once go out as one layout change, keeping the survivors.
+    PlistArray many = PlistArray::create();
+    for (int i = 0; i < 40; ++i)
+        many.append(PlistValue(i));
+    const auto list = show(many);
+    controller.selectItems(children(list.get(), {5, 7}));
+    KZIndexSet odd;
+    for (int i = 1; i < 40; i += 2)
+        odd.addIndex(i);
+    command([&] { list->removeChildrenAtIndexes(odd); });
+    EXPECT_EQ(controller.model().rowCount(controller.model().indexForItem(list.get())), 20);
+    shownKeys(list.get());
+    command([&] { list->removeChildrenAtIndexes(KZIndexSet::range(0, 20)); });
+    EXPECT_EQ(controller.selectedItems(), std::vector<ADPlistObject *>{list.get()})
+        << "with no row left, the parent";
+
+    // A selection of very many separate runs would cost every later change
+    // the square of its runs: it is the first item alone.
+    PlistArray huge = PlistArray::create();
+    for (int i = 0; i < 5000; ++i)
+        huge.append(PlistValue(i));
+    const auto big = show(huge);
+    std::vector<ADPlistObject *> everyOther;
+    for (int i = 0; i < 5000; i += 2)
+        everyOther.push_back(big->childAtIndex(i));
+    controller.selectItems(everyOther);
+    EXPECT_EQ(controller.selectedItems(), std::vector<ADPlistObject *>{everyOther.front()});
+    controller.selectItems({everyOther.begin(), everyOther.begin() + 100});
+    EXPECT_EQ(controller.selectedItems().size(), 100u);
+}
+
+TEST_F(ADPlistOutlineControllerTest, KeepsTheSelectionToOneParent)
+{
+    const auto root = show(kSample);
+    ADPlistObject *b = root->childForKey("b");
+    controller.model().expandItem(b);
+    QItemSelectionModel *selection = controller.model().selectionModel();
+    const auto rowOf = [&](ADPlistObject *item) { return controller.model().indexForItem(item); };
+
+    controller.selectItems({root->childForKey("a")});
+    selection->select(rowOf(b->childAtIndex(0)), QItemSelectionModel::Select);
+    EXPECT_EQ(controller.selectedItems(), children(root.get(), {0})) << "extending stays home";
+    EXPECT_EQ(controller.selectedParent(), root.get());
+
+    selection->select(rowOf(b->childAtIndex(1)), QItemSelectionModel::ClearAndSelect);
+    EXPECT_EQ(controller.selectedItems(), children(b, {1})) << "a click elsewhere moves";
+    EXPECT_EQ(controller.selectedParent(), b);
+
+    selection->clearSelection();
+    EXPECT_EQ(controller.firstSelectedItem(), root.get());
+    EXPECT_EQ(controller.selectedParent(), nullptr);
+}
+
+TEST_F(ADPlistOutlineControllerTest, KeepsViewStateByPathAcrossANewTree)
+{
+    const auto root = show(kSample);
+    controller.model().expandItem(root->childForKey("b"));
+    controller.selectItems(children(root.get(), {2, 3}));
+    EXPECT_EQ(controller.selectedPaths(), (QList<QVariantList>{{"c"}, {"d"}}));
+
+    const auto next = ADPlistObject::createWithPlist(
+        dictionaryOf({{"b", arrayOf({PlistValue(1)})}, {"d", PlistValue(2)}}));
+    controller.setPlistRoot(next);
+    EXPECT_EQ(controller.expandedPaths(), (QList<QVariantList>{{}, {"b"}}));
+    EXPECT_EQ(controller.selectedPaths(), (QList<QVariantList>{{"d"}})) << "\"c\" went";
+
+    undo.beginUndoGrouping();
+    controller.setPlistRoot(ADPlistObject::createWithPlist(PlistArray::create()));
+    undo.endUndoGrouping();
+    EXPECT_TRUE(controller.selectedItems().empty());
+    controller.undo();
+    EXPECT_EQ(controller.plistRoot(), next.get()) << "a new tree is undone";
+}
+
+struct RemovalRow
+{
+    const char *name;
+    std::vector<qint64> removed;
+    qint64 count;    // children before
+    qint64 selected; // -1: the parent
+};
+
+const RemovalRow kRemovals[] = {
+    {"FirstTwo", {0, 1}, 5, -1},
+    {"Last", {6}, 7, 5},
+    {"TwoApart", {2, 4}, 7, 1},
+    {"All", {0, 1, 2}, 3, -1},
+};
+
+class SelectionAfterRemoval : public testing::TestWithParam<RemovalRow>
+{};
+
+TEST_P(SelectionAfterRemoval, NamesTheSurvivorAbove)
+{
+    PlistArray plain = PlistArray::create();
+    for (qint64 i = 0; i < GetParam().count; ++i)
+        plain.append(PlistValue(i));
+    const auto parent = ADPlistObject::createWithPlist(plain);
+    const KZIndexSet removed = KZIndexSet::fromIndexes(GetParam().removed);
+    parent->removeChildrenAtIndexes(removed);
+    const ADPlistObject *chosen =
+        ADPlistOutlineController::objectToSelectAfterRemovingChildIndexes(removed, parent.get());
+    if (GetParam().selected < 0)
+        EXPECT_EQ(chosen, parent.get());
+    else
+        EXPECT_EQ(chosen->plist().toInteger(), GetParam().selected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, SelectionAfterRemoval, testing::ValuesIn(kRemovals),
+                         [](const auto &row) { return std::string(row.param.name); });
+
+TEST_F(ADPlistOutlineControllerTest, EnablesCommandsByTheirRules)
+{
+    const auto root = show(kSample);
+    ADPlistObject *b = root->childForKey("b");
+    controller.model().expandItem(b);
+    struct Row
+    {
+        std::vector<ADPlistObject *> selection;
+        const char *command;
+        bool enabled;
+    };
+    const Row rows[] = {
+        {{}, "delete", false},
+        {{root.get()}, "delete", false},
+        {{root.get()}, "addChild", true},
+        {{root.get()}, "addSibling", false},
+        {{b}, "addSibling", true},
+        {{root->childForKey("a")}, "addChild", false},
+        {{b->childAtIndex(0)}, "editKey", false},
+        {{b}, "editKey", true},
+        {{b, root->childForKey("a")}, "sortValues", false},
+        {{b}, "sortValues", true},
+        {{b}, "sortKeys", false},
+        {{root.get()}, "sortKeys", true},
+        {{b}, "selectParent", true},
+        {{root.get()}, "toggleRawKeysAndValues", false},
+        {{root.get()}, "someCommandWithNoRule", true},
+    };
+    for (const Row &row : rows) {
+        controller.selectItems(row.selection);
+        EXPECT_EQ(controller.validateCommand(QString::fromLatin1(row.command)), row.enabled)
+            << row.command << " with " << row.selection.size() << " selected";
+    }
+    controller.setEditable(false);
+    controller.selectItems({b});
+    EXPECT_FALSE(controller.validateCommand(QStringLiteral("sortValues")));
+    EXPECT_TRUE(controller.validateCommand(QStringLiteral("copy")));
+    EXPECT_FALSE(controller.validateCommand(QStringLiteral("undo")));
+}
+
+TEST_F(ADPlistOutlineControllerTest, EditsCellsWithTheirViewersAndNamesTheUndo)
+{
+    const auto root = show(kSample);
+    ADPlistObject *a = root->childForKey("a");
+    ADPlistOutlineModel &model = controller.model();
+    EXPECT_EQ(model.indexForItem(a, ADPlistOutlineModel::ClassColumn).data().toString(),
+              QStringLiteral("Number"));
+    EXPECT_EQ(model.indexForItem(a, ADPlistOutlineModel::ValueColumn).data().toString(),
+              QStringLiteral("1"));
+
+    EXPECT_TRUE(controller.setValueFromCell(*a, QStringLiteral("twelve")).has_value());
+    EXPECT_EQ(a->plist().toInteger(), 1) << "text that does not parse changes nothing";
+    undo.beginUndoGrouping(); // as an event's pass groups the edit
+    EXPECT_FALSE(controller.setValueFromCell(*a, QStringLiteral("12")).has_value());
+    undo.endUndoGrouping();
+    EXPECT_EQ(a->plist().toInteger(), 12);
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Edit Value"));
+
+    undo.beginUndoGrouping();
+    controller.changeClass(*a, ADPlistTypeString);
+    undo.endUndoGrouping();
+    EXPECT_EQ(a->plist().toString(), QStringLiteral("12"));
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Edit Class"));
+
+    // Tab goes round one row: an array element's key is fixed.
+    ADPlistObject *element = root->childForKey("b")->childAtIndex(0);
+    EXPECT_EQ(controller.nextEditableColumn(*element, ADPlistOutlineModel::ValueColumn, true),
+              ADPlistOutlineModel::ClassColumn);
+    EXPECT_EQ(controller.nextEditableColumn(*a, ADPlistOutlineModel::ValueColumn, true),
+              ADPlistOutlineModel::KeyColumn);
+    EXPECT_EQ(controller.nextEditableColumn(*a, ADPlistOutlineModel::KeyColumn, false),
+              ADPlistOutlineModel::ValueColumn);
+    controller.setPlistFormat(ADPlistFormatJSON);
+    EXPECT_EQ(controller.allowedPlistTypes(*root),
+              (std::vector<ADPlistType>{ADPlistTypeArray, ADPlistTypeDictionary}));
+}
+
+} // namespace
