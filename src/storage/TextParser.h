@@ -28,7 +28,6 @@ public:
     const JsonEncoding::Failure &failure() const { return _failure; }
 
 protected:
-
     // What a step left: an error, a finished value, or an open container
     // waiting for its next element.
     enum class Step
