@@ -4,38 +4,12 @@
 // is written the same again, and a value of only strings, data, arrays and
 // dictionaries comes back identical.
 
-#include "shared/PlistArray.h"
-#include "shared/PlistDictionary.h"
 #include "storage/AsciiReader.h"
 #include "storage/AsciiWriter.h"
+#include "support/ValueWalk.h"
 
 #include <cstdint>
 #include <cstdlib>
-#include <vector>
-
-namespace {
-
-bool hasTypedLeaves(const PlistValue &root)
-{
-    std::vector<PlistValue> pending{root};
-    while (!pending.empty()) {
-        const PlistValue value = pending.back();
-        pending.pop_back();
-        if (value.isArray()) {
-            for (const PlistValue &item : value.toArray())
-                pending.push_back(item);
-        } else if (value.isDictionary()) {
-            const PlistDictionary dictionary = value.toDictionary();
-            for (qsizetype i = 0; i < dictionary.count(); ++i)
-                pending.push_back(dictionary.valueAt(i));
-        } else if (!value.isString() && value.kind() != PlistValue::Kind::Data) {
-            return true;
-        }
-    }
-    return false;
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -49,7 +23,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const ReadResult again = AsciiReader::read(text.data);
     if (!again || AsciiWriter::write(again.value).data != text.data)
         std::abort();
-    if (!hasTypedLeaves(first.value) && !again.value.isIdenticalTo(first.value))
+    const bool typedLeaves = anyLeaf(first.value, [](const PlistValue &v) {
+        return !v.isString() && v.kind() != PlistValue::Kind::Data;
+    });
+    if (!typedLeaves && !again.value.isIdenticalTo(first.value))
         std::abort();
     return 0;
 }

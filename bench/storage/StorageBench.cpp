@@ -6,7 +6,7 @@
 #include "BenchShapes.h"
 #include "RatioReporter.h"
 
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
 #include "storage/PlistSerialization.h"
 
 #include <benchmark/benchmark.h>
@@ -110,13 +110,12 @@ void registerShape(BenchShape shape, const SizeStep &size, Inputs &in)
         plist_from_xml(in.xml.constData(), uint32_t(in.xml.size()), &p);
         plist_free(p);
     });
-    // As opening a file does: the reader takes bytes of its own, which it may
-    // decode large data over. Copying them stands in, untimed, for reading the file.
+    // As opening a file does: the reader takes bytes of its own. Copying them
+    // stands in, untimed, for reading the file.
     registerLoop("read/xmltaken" + tail + "ours", in.xml.size(), [&in](benchmark::State &state) {
         for (auto _ : state) {
             state.PauseTiming();
-            QByteArray bytes(in.xml.size(), Qt::Uninitialized);
-            plist_detail::adviseHugePages(bytes.data(), size_t(bytes.size())); // as a file's are
+            QByteArray bytes = HugePages::buffer(in.xml.size()); // as a file's are
             std::memcpy(bytes.data(), in.xml.constData(), size_t(bytes.size()));
             state.ResumeTiming();
             ReadError jsonError;

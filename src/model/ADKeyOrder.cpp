@@ -2,6 +2,7 @@
 
 #include "shared/HugePageAllocator.h"
 #include "shared/PlistDictionary.h"
+#include "shared/PlistValueInternals.h"
 #include "storage/ParallelParts.h"
 
 #include <algorithm>
@@ -141,7 +142,7 @@ BigVector<Keyed> keyedKeys(const PlistDictionary &dictionary, KZComparison compa
     ParallelParts::run(dictionary.count(), kParallelKeys, [&](qsizetype from, qsizetype to) {
         for (qsizetype i = from; i < to; ++i) {
             if (i + kAhead < to)
-                dictionary.keyValueAt(i + kAhead).prefetch();
+                plist_detail::PlistValueInternals::prefetch(dictionary.keyValueAt(i + kAhead));
             keys[size_t(i)] = keyedAt(dictionary, i, comparison);
         }
     });

@@ -3,6 +3,7 @@
 #include "shared/KZComparison.h"
 #include "shared/KZDataAdditions.h"
 #include "shared/KZReferenceDate.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 #include "viewers/formatters/ADDateFormatter.h"
@@ -10,9 +11,7 @@
 #include <QDateTime>
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <numeric>
 
 namespace {
@@ -22,24 +21,19 @@ bool validType(ADPlistType type)
     return type >= ADPlistTypeArray && type <= ADPlistTypeNull;
 }
 
-// A scanner's view of the text: leading white space skipped, then the longest number.
+// A scanner's view of the text: leading white space skipped, then the
+// longest decimal number, the same in every locale.
 std::optional<double> scanDouble(const QByteArray &text)
 {
-    const char *start = text.constData();
-    char *end = nullptr;
-    const double d = std::strtod(start, &end);
-    return end == start ? std::nullopt : std::optional<double>(d);
+    return NumberText::scanReal(text);
 }
 
 std::optional<int> scanInt(const QByteArray &text)
 {
-    const char *start = text.constData();
-    char *end = nullptr;
-    errno = 0;
-    const long long v = std::strtoll(start, &end, 10);
-    if (end == start)
+    const std::optional<qint64> v = NumberText::scanInteger(text);
+    if (!v)
         return std::nullopt;
-    return int(std::clamp<long long>(v, INT_MIN, INT_MAX)); // a scanner saturates
+    return int(std::clamp<qint64>(*v, INT_MIN, INT_MAX)); // a scanner saturates
 }
 
 } // namespace

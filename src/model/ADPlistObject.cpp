@@ -12,6 +12,7 @@
 #include "shared/NodeAllocator.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "shared/PlistValueInternals.h"
 #include "storage/PlistFileIO.h"
 
 #include <QSet>
@@ -310,7 +311,7 @@ ADPlistObject::Pointer ADPlistObject::makeChild(qint64 index) const
     const PlistValue &entry = entryAtIndex(index);
     // Children are mostly asked for in order: fetch a later entry's value meanwhile.
     if (constexpr qint64 kAhead = 8; index + kAhead < _plist.containerCount())
-        entryAtIndex(index + kAhead).prefetch();
+        plist_detail::PlistValueInternals::prefetch(entryAtIndex(index + kAhead));
     // Making a child is no change of the tree: the node only becomes visible.
     auto *self = const_cast<ADPlistObject *>(this);
     Pointer child(new ADPlistObject(Passkey{}, shownValueForPlist(entry), nullptr));

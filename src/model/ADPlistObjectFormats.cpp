@@ -10,10 +10,16 @@
 
 namespace {
 
-constexpr ADPlistMask kAsciiMask = 85;      // array, data, dictionary, string
-constexpr ADPlistMask kPlistMask = 127;     // all but null
-constexpr ADPlistMask kJsonRootMask = 17;   // array, dictionary
-constexpr ADPlistMask kJsonOtherMask = 243; // array, boolean, dictionary, number, string, null
+constexpr ADPlistMask kAsciiMask = ADPlistMaskForTypes(
+    {ADPlistTypeArray, ADPlistTypeData, ADPlistTypeDictionary, ADPlistTypeString});
+constexpr ADPlistMask kPlistMask =
+    ADPlistMaskForTypes({ADPlistTypeArray, ADPlistTypeBoolean, ADPlistTypeData, ADPlistTypeDate,
+                         ADPlistTypeDictionary, ADPlistTypeNumber, ADPlistTypeString});
+constexpr ADPlistMask kJsonRootMask =
+    ADPlistMaskForTypes({ADPlistTypeArray, ADPlistTypeDictionary});
+constexpr ADPlistMask kJsonOtherMask =
+    ADPlistMaskForTypes({ADPlistTypeArray, ADPlistTypeBoolean, ADPlistTypeDictionary,
+                         ADPlistTypeNumber, ADPlistTypeString, ADPlistTypeNull});
 
 } // namespace
 

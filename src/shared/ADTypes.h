@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+#include <initializer_list>
+
 /// The codes every subsystem passes around: plist types, storage formats,
 /// which side of a document holds unsynced edits, and sets of types as masks.
 
@@ -34,6 +36,15 @@ using ADPlistMask = qint64;
 constexpr ADPlistMask ADPlistMaskForType(ADPlistType type)
 {
     return type < 0 || type > 62 ? 0 : ADPlistMask(1) << type;
+}
+
+/// The set of all the types given.
+constexpr ADPlistMask ADPlistMaskForTypes(std::initializer_list<ADPlistType> types)
+{
+    ADPlistMask mask = 0;
+    for (const ADPlistType type : types)
+        mask |= ADPlistMaskForType(type);
+    return mask;
 }
 
 constexpr bool ADPlistMaskContainsType(ADPlistMask mask, ADPlistType type)

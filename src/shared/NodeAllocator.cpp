@@ -1,6 +1,6 @@
 #include "NodeAllocator.h"
 
-#include "HugePageAllocator.h"
+#include "HugePages.h"
 
 #include <array>
 #include <mutex>
@@ -153,7 +153,7 @@ void *Cache::refill(std::size_t sizeClass)
     }
     const std::size_t bytes = blockBytes(sizeClass);
     if (std::size_t(_end - _bump) < bytes) {
-        _bump = static_cast<char *>(allocateHugePageBytes(kChunkBytes));
+        _bump = static_cast<char *>(HugePages::allocate(kChunkBytes));
         _end = _bump + kChunkBytes;
     }
     return carve(bytes);

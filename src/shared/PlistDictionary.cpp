@@ -1,6 +1,7 @@
 #include "PlistDictionary.h"
 
 #include "PlistNode.h"
+#include "PlistValueInternals.h"
 
 #include <bit>
 
@@ -237,7 +238,7 @@ void PlistDictionary::endAppending()
     for (size_t i = 0; i < n; ++i) {
         // The key's node two misses ahead, then its slot, which needs its hash.
         if (i + 2 * kAhead < n)
-            d.entries[i + 2 * kAhead].key.prefetch();
+            PlistValueInternals::prefetch(d.entries[i + 2 * kAhead].key);
         if (i + kAhead < n)
             __builtin_prefetch(&d.table[stringNode(d.entries[i + kAhead].key).hashValue() & mask]);
         const StringNode &key = stringNode(d.entries[i].key);

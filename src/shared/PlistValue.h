@@ -46,6 +46,7 @@ struct PlistNode
 };
 struct DictionaryNode;
 struct StringNode;
+class PlistValueInternals;
 } // namespace plist_detail
 
 /// One plain property list value: what a file holds and what the tree shadows.
@@ -177,10 +178,6 @@ public:
     QByteArray toData() const;
     /// The data's bytes without a copy; valid while the value lives.
     QByteArrayView dataView() const noexcept;
-    /// Gives data bytes that are a slice of a larger buffer storage of their
-    /// own, so that the value stops keeping that buffer alive. The value stays
-    /// equal; for readers, before any other thread can hold it.
-    void detachDataStorage();
     /// The entries of an array or dictionary; 0 for anything else. This and
     /// the two below read a container without taking a handle on it, for walks
     /// that ask millions of times.
@@ -215,31 +212,13 @@ public:
     /// A null QString for containers, data, null, UIDs and none.
     QString displayString() const;
 
-    /// A hint that this value will be read soon: for walks over trees too big
-    /// for the cache, a few steps ahead.
-    void prefetch() const noexcept
-    {
-        if (const plist_detail::PlistNode *n = node())
-            __builtin_prefetch(n);
-    }
-
-    /// A copy of a value that no other thread can see yet, such as one a reader
-    /// is still building: counts the reference without an atomic instruction,
-    /// which costs as much as making a small string. Publishing the value
-    /// later (a queued signal, a future) makes it safe to share as usual.
-    PlistValue unpublishedCopy() const noexcept
-    {
-        if (plist_detail::PlistNode *n = node())
-            n->ref.store(n->ref.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-        return PlistValue(_bits, AdoptBits{});
-    }
-
     /// A deep copy: every array and dictionary new and mutable, leaves shared.
     PlistValue kz_copyMutableContainers() const;
 
 private:
     friend class PlistArray;
     friend class PlistDictionary;
+    friend class plist_detail::PlistValueInternals;
     explicit PlistValue(plist_detail::PlistNode *node) noexcept;
     struct AdoptBits
     {};

@@ -1,15 +1,15 @@
 #include "AsciiReader.h"
 
 #include "AsciiDate.h"
+#include "BackslashEscapes.h"
 #include "JsonEncoding.h"
-#include "PlainTextScan.h"
-#include "StringCache.h"
-#include "TextPosition.h"
-#include "shared/PlistArray.h"
+#include "SimdText.h"
+#include "TextParser.h"
+#include "UnicodeText.h"
+#include "shared/NumberText.h"
 #include "shared/PlistDictionary.h"
 
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -54,9 +54,9 @@ bool isUnquotedAt(const char *p, const char *end)
 {
     if (uchar(*p) < 0x80)
         return isUnquoted(*p);
-    if (JsonEncoding::sequenceLength(p, end) == 0)
+    if (UnicodeText::sequenceLength(p, end) == 0)
         return false;
-    const char32_t c = JsonEncoding::next(p);
+    const char32_t c = UnicodeText::decode(p);
     return QChar::isLetterOrNumber(c) || QChar::isMark(c);
 }
 
@@ -65,15 +65,11 @@ bool isBlank(char c)
     return kClasses[uchar(c)] & kBlank;
 }
 
+// The value of a hexadecimal digit, or -1.
 int hexValue(char c)
 {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
+    const unsigned value = NumberText::digitValue(c);
+    return value < 16 ? int(value) : -1;
 }
 
 int base64Value(char c)
@@ -91,95 +87,84 @@ int base64Value(char c)
     return -1;
 }
 
-std::optional<PlistValue> typedInteger(std::string_view text)
+// What a number's status means for a typed form.
+ReadError::Kind mistakeOf(NumberText::Status status)
 {
-    const bool negative = !text.empty() && text.front() == '-';
-    if (!text.empty() && (negative || text.front() == '+'))
-        text.remove_prefix(1);
-    quint64 magnitude = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude);
-    if (text.empty() || error != std::errc() || end != text.data() + text.size())
-        return std::nullopt;
-    if (!negative)
-        return PlistValue(magnitude);
-    if (magnitude > quint64(1) << 63)
-        return std::nullopt;
-    return PlistValue(qint64(0 - magnitude));
+    switch (status) {
+    case NumberText::Status::Ok:
+        return ReadError::Kind::None;
+    case NumberText::Status::OutOfRange:
+        return ReadError::Kind::OutOfRange;
+    case NumberText::Status::Malformed:
+        break;
+    }
+    return ReadError::Kind::Number;
 }
 
-std::optional<PlistValue> typedReal(std::string_view text)
+// The value of a typed form's contents, or the kind of mistake they hold.
+ReadError::Kind typedInteger(QByteArrayView text, PlistValue &out)
 {
-    if (!text.empty() && text.front() == '+')
-        text.remove_prefix(1);
+    NumberText::Integer integer;
+    const NumberText::Status status = NumberText::parseInteger(text, NumberText::Decimal, integer);
+    if (status == NumberText::Status::Ok)
+        out = integer.negative ? PlistValue(integer.toSigned()) : PlistValue(integer.magnitude);
+    return mistakeOf(status);
+}
+
+ReadError::Kind typedReal(QByteArrayView text, PlistValue &out)
+{
     double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (text.empty() || error != std::errc() || end != text.data() + text.size())
-        return std::nullopt;
-    return PlistValue(value);
+    const NumberText::Status status = NumberText::parseReal(text, value);
+    if (status == NumberText::Status::Ok)
+        out = PlistValue(value);
+    return mistakeOf(status);
 }
 
-std::optional<PlistValue> typedBoolean(std::string_view text)
+ReadError::Kind typedBoolean(QByteArrayView text, PlistValue &out)
 {
-    if (text == "Y")
-        return PlistValue(true);
-    if (text == "N")
-        return PlistValue(false);
-    return std::nullopt;
+    if (text != "Y" && text != "N")
+        return ReadError::Kind::Syntax;
+    out = PlistValue(text == "Y");
+    return ReadError::Kind::None;
 }
 
-std::optional<PlistValue> typedDate(std::string_view text)
+ReadError::Kind typedDate(QByteArrayView text, PlistValue &out)
 {
-    const std::optional<double> date =
-        AsciiDate::parse(QByteArrayView(text.data(), qsizetype(text.size())));
+    const std::optional<double> date = AsciiDate::parse(text);
     if (!date)
-        return std::nullopt;
-    return PlistValue::date(*date);
+        return ReadError::Kind::Date;
+    out = PlistValue::date(*date);
+    return ReadError::Kind::None;
 }
 
-/// One pass over checked UTF-8 text; nesting on `_stack`. The elements of
-/// open containers wait on `_values` (keys and values alternating in
-/// dictionaries) until the container closes and is made at its final size.
-/// Invariant: _begin <= _p <= _end.
-class Parser
+struct Opened
+{
+    const char *at;
+    bool stringsFile; // a dictionary without braces that ends with the text
+};
+
+/// One pass over checked UTF-8 text in the old-style grammar.
+class Parser : public TextParser<Parser, Opened>
 {
 public:
-    explicit Parser(QByteArrayView text)
-        : _begin(text.data()), _p(_begin), _end(_begin + text.size())
-    {}
+    using TextParser::TextParser;
 
-    /// The document's value, or none with `errorOffset()` and `errorMessage()` set.
+    /// The document's value, or none with `failure()` set.
     PlistValue parse();
-    qsizetype errorOffset() const { return _errorAt - _begin; }
-    const QString &errorMessage() const { return _error; }
 
 private:
-    // What a step left: an error, a finished value, or an open container
-    // waiting for its next element.
-    enum class Step
-    {
-        Failed,
-        Value,
-        Next,
-    };
-    enum class FrameKind : quint8
-    {
-        Array,
-        Dictionary,
-        StringsFile, // a dictionary without braces that ends with the text
-    };
-    struct Frame
-    {
-        FrameKind kind;
-        const char *opened;
-        size_t base; // where its elements start on `_values`
-    };
+    friend class TextParser;
 
-    Step run(Step step, PlistValue &value);
     Step startValue(PlistValue &out);
     Step attach(PlistValue element, PlistValue &out);
+    Step next(PlistValue &out)
+    {
+        return _open.kind() == Builder::Kind::Array ? nextInArray(out) : nextInDictionary(out);
+    }
     Step nextInArray(PlistValue &out);
     Step nextInDictionary(PlistValue &out);
     Step close(PlistValue &out);
+    bool inStringsFile() const { return _open.info().stringsFile; }
     bool skipBlanks();
     bool checkText(const char *from, const char *to);
     Step readKey(PlistValue &out);
@@ -193,21 +178,7 @@ private:
     Step readHexData(const char *start, PlistValue &out);
     Step readBase64(const char *start, PlistValue &out);
     Step readTyped(const char *start, PlistValue &out);
-
-    Step fail(const char *at, const QString &message);
-    QString describe(const char *p) const;
-    QString found() const { return describe(_p); }
-    QString unclosed(const Frame &frame) const;
-
-    const char *const _begin;
-    const char *_p;
-    const char *const _end;
-    std::vector<Frame> _stack;
-    std::vector<PlistValue> _values;
-    StringCache _strings;
-    std::u16string _buffer; // the units of a string being decoded
-    const char *_errorAt = nullptr;
-    QString _error;
+    QString unclosed() const;
 };
 
 PlistValue Parser::parse()
@@ -226,34 +197,18 @@ PlistValue Parser::parse()
             return value;
         // One string and more text: a strings file.
         _p = start;
-        _stack.push_back({FrameKind::StringsFile, start, 0});
+        _open.open(Builder::Kind::Dictionary, {start, true});
         step = Step::Next;
     }
     if (run(step, value) == Step::Failed || !skipBlanks())
         return {};
     if (_p != _end) {
-        fail(_p, QStringLiteral("expected the end of the text after the property list, found %1")
-                     .arg(found()));
+        fail(_p, ReadError::Kind::TrailingContent,
+             QStringLiteral("expected the end of the text after the property list, found %1")
+                 .arg(found()));
         return {};
     }
     return value;
-}
-
-Parser::Step Parser::run(Step step, PlistValue &value)
-{
-    for (;;) {
-        if (step == Step::Failed)
-            return step;
-        if (step == Step::Value) {
-            if (_stack.empty())
-                return step;
-            step = attach(std::move(value), value);
-        } else if (_stack.back().kind == FrameKind::Array) {
-            step = nextInArray(value);
-        } else {
-            step = nextInDictionary(value);
-        }
-    }
 }
 
 Parser::Step Parser::startValue(PlistValue &out)
@@ -261,13 +216,14 @@ Parser::Step Parser::startValue(PlistValue &out)
     if (!skipBlanks())
         return Step::Failed;
     if (_p == _end)
-        return fail(_p, QStringLiteral("expected a value, found the end of the text"));
+        return fail(_p, ReadError::Kind::Truncated,
+                    QStringLiteral("expected a value, found the end of the text"));
     switch (*_p) {
     case '{':
-        _stack.push_back({FrameKind::Dictionary, _p++, _values.size()});
+        _open.open(Builder::Kind::Dictionary, {_p++, false});
         return Step::Next;
     case '(':
-        _stack.push_back({FrameKind::Array, _p++, _values.size()});
+        _open.open(Builder::Kind::Array, {_p++, false});
         return Step::Next;
     case '"':
     case '\'':
@@ -279,16 +235,16 @@ Parser::Step Parser::startValue(PlistValue &out)
     }
     if (isUnquotedAt(_p, _end))
         return readUnquoted(out);
-    return fail(_p, QStringLiteral("expected a value, found %1").arg(found()));
+    return fail(_p, ReadError::Kind::Syntax,
+                QStringLiteral("expected a value, found %1").arg(found()));
 }
 
 Parser::Step Parser::attach(PlistValue element, PlistValue &out)
 {
-    const Frame &frame = _stack.back();
-    _values.push_back(std::move(element));
+    _open.add(std::move(element));
     if (!skipBlanks())
         return Step::Failed;
-    if (frame.kind == FrameKind::Array) {
+    if (_open.kind() == Builder::Kind::Array) {
         if (_p < _end && *_p == ',') {
             ++_p;
             return Step::Next;
@@ -297,16 +253,17 @@ Parser::Step Parser::attach(PlistValue element, PlistValue &out)
             ++_p;
             return close(out);
         }
-        return fail(_p, QStringLiteral("expected ',' or ')' after an array element, found %1%2")
-                            .arg(found(), unclosed(frame)));
+        return fail(_p, ReadError::Kind::Syntax,
+                    QStringLiteral("expected ',' or ')' after an array element, found %1%2")
+                        .arg(found(), unclosed()));
     }
     if (_p < _end && *_p == ';') {
         ++_p;
         return Step::Next;
     }
-    const PlistValue &key = _values[_values.size() - 2];
-    return fail(_p, QStringLiteral("expected ';' after the value of \"%1\", found %2%3")
-                        .arg(key.toString(), found(), unclosed(frame)));
+    return fail(_p, ReadError::Kind::Syntax,
+                QStringLiteral("expected ';' after the value of \"%1\", found %2%3")
+                    .arg(_open.lastKey().toString(), found(), unclosed()));
 }
 
 Parser::Step Parser::nextInArray(PlistValue &out)
@@ -315,8 +272,9 @@ Parser::Step Parser::nextInArray(PlistValue &out)
         if (!skipBlanks())
             return Step::Failed;
         if (_p == _end)
-            return fail(_p, QStringLiteral("expected a value or ')', found the end of the text%1")
-                                .arg(unclosed(_stack.back())));
+            return fail(_p, ReadError::Kind::Truncated,
+                        QStringLiteral("expected a value or ')', found the end of the text%1")
+                            .arg(unclosed()));
         if (*_p == ')') {
             ++_p;
             return close(out);
@@ -324,7 +282,7 @@ Parser::Step Parser::nextInArray(PlistValue &out)
         if (*_p != ',')
             return startValue(out);
         // Two commas in a row hold an empty string, as other readers have it.
-        _values.push_back(_strings.ascii(_p, 0));
+        _open.add(_strings.ascii(_p, 0));
         ++_p;
     }
 }
@@ -334,8 +292,7 @@ Parser::Step Parser::nextInDictionary(PlistValue &out)
     for (;;) {
         if (!skipBlanks())
             return Step::Failed;
-        const Frame &frame = _stack.back();
-        const bool stringsFile = frame.kind == FrameKind::StringsFile;
+        const bool stringsFile = inStringsFile();
         if (_p == _end && stringsFile)
             return close(out);
         if (_p < _end && *_p == '}' && !stringsFile) {
@@ -349,37 +306,24 @@ Parser::Step Parser::nextInDictionary(PlistValue &out)
             return Step::Failed;
         if (_p < _end && *_p == ';') {
             ++_p; // "key;" is short for "key = key;"
-            _values.push_back(key);
-            _values.push_back(std::move(key));
+            _open.add(key);
+            _open.add(std::move(key));
             continue;
         }
         if (_p < _end && *_p == '=') {
             ++_p;
-            _values.push_back(std::move(key));
+            _open.add(std::move(key));
             return startValue(out);
         }
-        return fail(_p, QStringLiteral("expected '=' or ';' after the key \"%1\", found %2%3")
-                            .arg(key.toString(), found(), unclosed(frame)));
+        return fail(_p, ReadError::Kind::Syntax,
+                    QStringLiteral("expected '=' or ';' after the key \"%1\", found %2%3")
+                        .arg(key.toString(), found(), unclosed()));
     }
 }
 
 Parser::Step Parser::close(PlistValue &out)
 {
-    const Frame frame = _stack.back();
-    _stack.pop_back();
-    const auto first = _values.begin() + qsizetype(frame.base);
-    const auto count = qsizetype(_values.size() - frame.base);
-    if (frame.kind == FrameKind::Array) {
-        PlistArray array = PlistArray::create(count);
-        for (auto element = first; element != _values.end(); ++element)
-            array.append(std::move(*element));
-        out = array;
-    } else {
-        PlistDictionary dictionary = PlistDictionary::create(count / 2);
-        dictionary.insertPairs(std::span(_values).subspan(frame.base));
-        out = dictionary;
-    }
-    _values.erase(first, _values.end());
+    out = _open.close();
     return Step::Value;
 }
 
@@ -405,8 +349,9 @@ bool Parser::skipBlanks()
         for (;;) {
             star = static_cast<const char *>(std::memchr(star, '*', size_t(_end - star)));
             if (!star || _end - star < 2) {
-                fail(start, QStringLiteral("the comment is not closed: expected '*/' before the "
-                                           "end of the text"));
+                fail(start, ReadError::Kind::Truncated,
+                     QStringLiteral("the comment is not closed: expected '*/' before the "
+                                    "end of the text"));
                 return false;
             }
             if (star[1] == '/')
@@ -422,9 +367,9 @@ bool Parser::skipBlanks()
 // Text no rule looks into (comments, what base64 skips) is checked here.
 bool Parser::checkText(const char *from, const char *to)
 {
-    if (JsonEncoding::isValid(from, to))
+    if (UnicodeText::firstFlaw(QByteArrayView(from, to), UnicodeText::Nul::Refused) < 0)
         return true;
-    fail(from, QStringLiteral("the text is not valid UTF-8"));
+    fail(from, ReadError::Kind::Encoding, QStringLiteral("the text is not valid UTF-8"));
     return false;
 }
 
@@ -434,10 +379,10 @@ Parser::Step Parser::readKey(PlistValue &out)
         return readQuoted(out);
     if (_p < _end && isUnquotedAt(_p, _end))
         return readUnquoted(out);
-    const bool stringsFile = _stack.back().kind == FrameKind::StringsFile;
-    return fail(_p, QStringLiteral("expected a key%1, found %2%3")
-                        .arg(stringsFile ? QString() : QStringLiteral(" or '}'"), found(),
-                             unclosed(_stack.back())));
+    const bool stringsFile = inStringsFile();
+    return fail(_p, ReadError::Kind::Syntax,
+                QStringLiteral("expected a key%1, found %2%3")
+                    .arg(stringsFile ? QString() : QStringLiteral(" or '}'"), found(), unclosed()));
 }
 
 Parser::Step Parser::readUnquoted(PlistValue &out)
@@ -450,14 +395,14 @@ Parser::Step Parser::readUnquoted(PlistValue &out)
         if (_p == _end || uchar(*_p) < 0x80 || !isUnquotedAt(_p, _end))
             break;
         ascii = false;
-        JsonEncoding::next(_p);
+        UnicodeText::decode(_p);
     }
     if (ascii) {
         out = _strings.ascii(start, _p - start);
         return Step::Value;
     }
     _buffer.clear();
-    JsonEncoding::appendUtf16(_buffer, start, _p);
+    UnicodeText::appendUtf16(_buffer, start, _p);
     out = PlistValue::fromUtf16(_buffer.data(), qsizetype(_buffer.size()));
     return Step::Value;
 }
@@ -467,7 +412,7 @@ Parser::Step Parser::readQuoted(PlistValue &out)
     const char quote = *_p;
     const char *start = _p++;
     const char *run = _p;
-    _p = PlainTextScan::find(_p, _end, quote, 1);
+    _p = SimdText::findStringEnd(_p, _end, quote, 1);
     if (_p < _end && *_p == quote) {
         out = _strings.ascii(run, _p - run);
         ++_p;
@@ -485,9 +430,10 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
     for (;;) {
         _buffer.append(run, _p);
         if (_p == _end)
-            return fail(start, QStringLiteral("the quoted string is not closed: expected %1 "
-                                              "before the end of the text")
-                                   .arg(quote));
+            return fail(start, ReadError::Kind::Truncated,
+                        QStringLiteral("the quoted string is not closed: expected %1 "
+                                       "before the end of the text")
+                            .arg(quote));
         const auto c = uchar(*_p);
         if (c == uchar(quote)) {
             ++_p;
@@ -501,18 +447,18 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
             return Step::Failed;
         }
         run = _p;
-        _p = PlainTextScan::find(_p, _end, quote, 1);
+        _p = SimdText::findStringEnd(_p, _end, quote, 1);
     }
 }
 
 // One character beyond ASCII, checked, into `_buffer`.
 bool Parser::readCharacter()
 {
-    if (*_p == 0 || JsonEncoding::sequenceLength(_p, _end) == 0) {
-        fail(_p, QStringLiteral("the text is not valid UTF-8"));
+    if (*_p == 0 || UnicodeText::sequenceLength(_p, _end) == 0) {
+        fail(_p, ReadError::Kind::Encoding, QStringLiteral("the text is not valid UTF-8"));
         return false;
     }
-    JsonEncoding::appendUtf16(_buffer, JsonEncoding::next(_p));
+    UnicodeText::appendUtf16(_buffer, UnicodeText::decode(_p));
     return true;
 }
 
@@ -520,16 +466,15 @@ bool Parser::readEscape(const char *start)
 {
     const char *escape = _p++;
     if (_p == _end) {
-        fail(start, QStringLiteral("the quoted string is not closed: expected %1 before the end "
-                                   "of the text")
-                        .arg(*start));
+        fail(start, ReadError::Kind::Truncated,
+             QStringLiteral("the quoted string is not closed: expected %1 before the end "
+                            "of the text")
+                 .arg(*start));
         return false;
     }
     const char c = *_p++;
-    static constexpr std::string_view kLetters = "abfnrtv";
-    static constexpr char16_t kUnits[] = u"\a\b\f\n\r\t\v";
-    if (const size_t at = kLetters.find(c); at != std::string_view::npos) {
-        _buffer.push_back(kUnits[at]);
+    if (const int unit = BackslashEscapes::unitFor(c, "abfnrtv"); unit >= 0) {
+        _buffer.push_back(char16_t(unit));
         return true;
     }
     if (c == 'x')
@@ -559,8 +504,9 @@ bool Parser::readHexEscape(const char *escape, int maxDigits)
     for (; digits < maxDigits && _p < _end && hexValue(*_p) >= 0; ++digits)
         value = char16_t(value * 16 + hexValue(*_p++));
     if (digits == 0) {
-        fail(escape, QStringLiteral("expected a hexadecimal digit after '\\%1', found %2")
-                         .arg(QChar(escape[1]), found()));
+        fail(escape, ReadError::Kind::Escape,
+             QStringLiteral("expected a hexadecimal digit after '\\%1', found %2")
+                 .arg(QChar(escape[1]), found()));
         return false;
     }
     _buffer.push_back(value);
@@ -588,8 +534,9 @@ Parser::Step Parser::readHexData(const char *start, PlistValue &out)
             continue;
         const int digit = hexValue(*_p);
         if (digit < 0)
-            return fail(_p, QStringLiteral("expected a hexadecimal digit or '>' in data, found %1")
-                                .arg(found()));
+            return fail(_p, ReadError::Kind::Data,
+                        QStringLiteral("expected a hexadecimal digit or '>' in data, found %1")
+                            .arg(found()));
         if (pending < 0) {
             pending = digit;
         } else {
@@ -598,11 +545,13 @@ Parser::Step Parser::readHexData(const char *start, PlistValue &out)
         }
     }
     if (_p == _end)
-        return fail(start, QStringLiteral("the data is not closed: expected '>' before the end "
-                                          "of the text"));
+        return fail(start, ReadError::Kind::Truncated,
+                    QStringLiteral("the data is not closed: expected '>' before the end "
+                                   "of the text"));
     if (pending >= 0)
-        return fail(_p, QStringLiteral("the data ends in half a byte: expected an even number of "
-                                       "hexadecimal digits"));
+        return fail(_p, ReadError::Kind::Data,
+                    QStringLiteral("the data ends in half a byte: expected an even number of "
+                                   "hexadecimal digits"));
     ++_p;
     data.truncate(next - data.data());
     out = PlistValue::data(data);
@@ -625,7 +574,8 @@ Parser::Step Parser::readBase64(const char *start, PlistValue &out)
         if (value < 0)
             continue; // GNUstep skips what is not base64
         if (padded)
-            return fail(_p, QStringLiteral("base64 data goes on after its padding '='"));
+            return fail(_p, ReadError::Kind::Data,
+                        QStringLiteral("base64 data goes on after its padding '='"));
         bits = bits << 6 | quint32(value);
         if (++count % 4 == 0) {
             const char bytes[] = {char(bits >> 16), char(bits >> 8), char(bits)};
@@ -633,15 +583,18 @@ Parser::Step Parser::readBase64(const char *start, PlistValue &out)
         }
     }
     if (_p == _end)
-        return fail(start, QStringLiteral("the base64 data is not closed: expected ']>' before "
-                                          "the end of the text"));
+        return fail(start, ReadError::Kind::Truncated,
+                    QStringLiteral("the base64 data is not closed: expected ']>' before "
+                                   "the end of the text"));
     if (!checkText(start, _p))
         return Step::Failed;
     if (_end - _p < 2 || _p[1] != '>')
-        return fail(_p + 1, QStringLiteral("expected '>' after ']' of base64 data, found %1")
-                                .arg(describe(_p + 1)));
+        return fail(_p + 1, ReadError::Kind::Syntax,
+                    QStringLiteral("expected '>' after ']' of base64 data, found %1")
+                        .arg(describe(_p + 1)));
     if (count % 4 == 1)
-        return fail(start, QStringLiteral("the base64 data ends in a lone character"));
+        return fail(start, ReadError::Kind::Data,
+                    QStringLiteral("the base64 data ends in a lone character"));
     if (count % 4 == 2)
         data.append(char(bits >> 4));
     if (count % 4 == 3) {
@@ -657,87 +610,64 @@ Parser::Step Parser::readTyped(const char *start, PlistValue &out)
 {
     _p = start + 2;
     if (_p == _end)
-        return fail(_p,
+        return fail(_p, ReadError::Kind::Truncated,
                     QStringLiteral("expected I, R, B or D after '<*', found the end of the text"));
     const char type = *_p;
     if (type != 'I' && type != 'R' && type != 'B' && type != 'D')
-        return fail(_p, QStringLiteral("expected I, R, B or D after '<*', found %1").arg(found()));
+        return fail(_p, ReadError::Kind::UnknownType,
+                    QStringLiteral("expected I, R, B or D after '<*', found %1").arg(found()));
     ++_p;
     if (_p < _end && *_p == '"')
         ++_p; // GNUstep may quote the contents
     const char *contents = _p;
     while (_p < _end && *_p != '>' && *_p != '"')
         ++_p;
-    const std::string_view text(contents, size_t(_p - contents));
+    const QByteArrayView text(contents, _p);
     if (!checkText(contents, _p))
         return Step::Failed;
     if (_p < _end && *_p == '"')
         ++_p;
     if (_p == _end || *_p != '>')
-        return fail(_p,
+        return fail(_p, ReadError::Kind::Syntax,
                     QStringLiteral("expected '>' to close the typed value, found %1").arg(found()));
     ++_p;
-    std::optional<PlistValue> value;
+    ReadError::Kind mistake = ReadError::Kind::None;
     QString expected;
     switch (type) {
     case 'I':
-        value = typedInteger(text);
+        mistake = typedInteger(text, out);
         expected = QStringLiteral("a 64-bit integer");
         break;
     case 'R':
-        value = typedReal(text);
+        mistake = typedReal(text, out);
         expected = QStringLiteral("a real number");
         break;
     case 'B':
-        value = typedBoolean(text);
+        mistake = typedBoolean(text, out);
         expected = QStringLiteral("Y or N");
         break;
     default:
-        value = typedDate(text);
+        mistake = typedDate(text, out);
         expected = QStringLiteral("a date \"YYYY-MM-DD HH:MM:SS +HHMM\"");
         break;
     }
-    if (!value)
-        return fail(contents,
+    if (mistake != ReadError::Kind::None)
+        return fail(contents, mistake,
                     QStringLiteral("expected %1 in '<*%2...>', found \"%3\"")
                         .arg(expected, QChar(type),
-                             QString::fromUtf8(text.data(), qMin<qsizetype>(text.size(), 40))));
-    out = std::move(*value);
+                             QString::fromUtf8(text.first(qMin<qsizetype>(text.size(), 40)))));
     return Step::Value;
 }
 
-Parser::Step Parser::fail(const char *at, const QString &message)
-{
-    _errorAt = at;
-    _error = message;
-    return Step::Failed;
-}
-
-QString Parser::describe(const char *p) const
-{
-    if (p >= _end)
-        return QStringLiteral("the end of the text");
-    const auto c = uchar(*p);
-    if (c >= 0x20 && c < 0x7F)
-        return QStringLiteral("'%1'").arg(QChar(c));
-    if (c < 0x80 || JsonEncoding::sequenceLength(p, _end) == 0)
-        return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
-    const char32_t code = JsonEncoding::next(p);
-    return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
-}
-
 // For messages at the end of the text: where the open container began.
-QString Parser::unclosed(const Frame &frame) const
+QString Parser::unclosed() const
 {
-    if (_p < _end || frame.kind == FrameKind::StringsFile)
+    if (_p < _end || inStringsFile())
         return {};
-    const TextPosition opened =
-        TextPosition::at(QByteArrayView(_begin, _end), frame.opened - _begin);
-    return QStringLiteral(" (the %1 opened at line %2, column %3 is not closed)")
-        .arg(frame.kind == FrameKind::Array ? QStringLiteral("array")
-                                            : QStringLiteral("dictionary"))
-        .arg(opened.line)
-        .arg(opened.column);
+    return JsonEncoding::unclosedNote(_begin, _end, _open.info().at,
+                                      _open.kind() == Builder::Kind::Array
+                                          ? QLatin1StringView("array")
+                                          : QLatin1StringView("dictionary"));
 }
 
 } // namespace
@@ -746,13 +676,7 @@ ReadResult AsciiReader::read(QByteArrayView bytes)
 {
     // Zero bytes are no document at all, unlike white space, which is an empty strings file.
     if (bytes.isEmpty())
-        return ReadResult::failure({QStringLiteral("the data is empty"), 0, 1, 1});
-    JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
-    if (!input.error.isEmpty())
-        return ReadResult::failure(input.readError(input.errorAt, input.error));
-    Parser parser(input.text);
-    PlistValue value = parser.parse();
-    if (!value.isNone())
-        return ReadResult::success(std::move(value), ADPlistFormatASCII);
-    return ReadResult::failure(input.parseError(parser.errorOffset(), parser.errorMessage()));
+        return ReadResult::failure(
+            {QStringLiteral("the data is empty"), 0, 1, 1, ReadError::Kind::Empty});
+    return JsonEncoding::read<Parser>(bytes, ADPlistFormatASCII);
 }

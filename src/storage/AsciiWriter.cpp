@@ -1,11 +1,12 @@
 #include "AsciiWriter.h"
 
 #include "AsciiDate.h"
+#include "BackslashEscapes.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
 #include <array>
-#include <charconv>
 #include <string_view>
 #include <type_traits>
 #include <unordered_set>
@@ -52,51 +53,15 @@ template <typename Unit> bool needsQuotes(const Unit *units, qsizetype size)
 
 void appendEscape(QByteArray &out, char16_t c)
 {
-    switch (c) {
-    case u'"':
-        out += "\\\"";
-        return;
-    case u'\\':
-        out += "\\\\";
-        return;
-    case u'\n':
-        out += "\\n";
-        return;
-    case u'\t':
-        out += "\\t";
-        return;
-    case u'\r':
-        out += "\\r";
-        return;
-    case u'\a':
-        out += "\\a";
-        return;
-    case u'\b':
-        out += "\\b";
-        return;
-    case u'\f':
-        out += "\\f";
-        return;
-    case u'\v':
-        out += "\\v";
-        return;
-    default:
-        break;
-    }
-    if (c < 0x20 || c == 0x7F) {
+    constexpr std::string_view kLetters = "\"\\abfnrtv";
+    if ((c < 0x20 || c == 0x7F) && !BackslashEscapes::letterFor(c, kLetters)) {
         // Always three digits, so that a digit after it is not taken in.
         const char octal[] = {'\\', char('0' + (c >> 6)), char('0' + ((c >> 3) & 7)),
                               char('0' + (c & 7))};
         out.append(octal, 4);
         return;
     }
-    const char unicode[] = {'\\',
-                            'U',
-                            kHexDigits[c >> 12],
-                            kHexDigits[(c >> 8) & 0xF],
-                            kHexDigits[(c >> 4) & 0xF],
-                            kHexDigits[c & 0xF]};
-    out.append(unicode, 6);
+    BackslashEscapes::append(out, c, kLetters, 'U');
 }
 
 template <typename Unit> void appendString(QByteArray &out, const Unit *units, qsizetype size)
@@ -143,12 +108,10 @@ void appendData(QByteArray &out, QByteArrayView data)
     out += '>';
 }
 
-// The shortest text that reads back as the same double.
-QByteArray realText(double value)
+template <typename Integer> QByteArray integerText(Integer value)
 {
-    char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, value);
-    return QByteArray(text, result.ptr - text);
+    char text[NumberText::kMaxIntegerLength];
+    return QByteArray(text, NumberText::formatInteger(value, text) - text);
 }
 
 class Writer
@@ -258,12 +221,14 @@ bool Writer::writeLeaf(const PlistValue &value)
         appendString(_out, value.stringView());
         return true;
     case PlistValue::Kind::Number:
-        if (value.isReal())
-            appendString(_out, QLatin1StringView(realText(value.toReal())));
-        else if (value.isUnsigned())
-            _out += QByteArray::number(value.toUnsigned());
-        else
-            _out += QByteArray::number(value.toInteger());
+        if (value.isReal()) {
+            char text[NumberText::kMaxRealLength];
+            const char *end = NumberText::formatReal(value.toReal(), text);
+            appendString(_out, QLatin1StringView(text, end));
+        } else {
+            _out += value.isUnsigned() ? integerText(value.toUnsigned())
+                                       : integerText(value.toInteger());
+        }
         return true;
     case PlistValue::Kind::Boolean:
         _out += value.toBool() ? '1' : '0';
@@ -281,7 +246,7 @@ bool Writer::writeLeaf(const PlistValue &value)
         return true;
     }
     case PlistValue::Kind::Uid:
-        _out += "{\"CF$UID\" = " + QByteArray::number(value.toUid()) + ";}";
+        _out += "{\"CF$UID\" = " + integerText(value.toUid()) + ";}";
         return true;
     case PlistValue::Kind::Null:
         fail(QStringLiteral("the old-style text form has no null value"));

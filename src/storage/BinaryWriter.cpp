@@ -1,10 +1,12 @@
 #include "BinaryWriter.h"
 
+#include "BinaryFormat.h"
 #include "ParallelParts.h"
 
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "shared/PlistValueInternals.h"
 
 #include <QHashFunctions>
 #include <QtEndian>
@@ -16,10 +18,12 @@
 #include <unordered_set>
 #include <vector>
 
+using plist_detail::PlistValueInternals;
+
 namespace {
 
-constexpr quint64 kHeaderSize = 8;
-constexpr quint64 kTrailerSize = 32;
+namespace F = BinaryFormat;
+
 // Object numbers are kept in 32 bits; a value with more objects would need
 // tens of gigabytes in memory first.
 constexpr quint64 kMaxObjects = std::numeric_limits<quint32>::max() - 1;
@@ -51,7 +55,7 @@ int widthFor(quint64 value)
 // A marker and its count, with counts of 15 and more in a following integer.
 quint64 headerSize(quint64 count)
 {
-    return count < 15 ? 1 : 2 + quint64(widthFor(count));
+    return count < BinaryFormat::kCountFollows ? 1 : 2 + quint64(widthFor(count));
 }
 
 char *putBigEndian(char *p, quint64 value, int width)
@@ -260,7 +264,7 @@ private:
     void encode(const PlistValue &value);
     void encodeNumber(const PlistValue &value);
     template <typename Unit> void encodeUnits(const Unit *units, qsizetype n);
-    void putHeader(uchar marker, quint64 count);
+    void putHeader(BinaryFormat::Type type, quint64 count);
     void copyData(QByteArrayView bytes);
     void putRefs(quint64 count);
 
@@ -268,7 +272,7 @@ private:
     std::vector<quint32> _refs;               // every container's references, in file order
     std::vector<Slot> _slots;                 // leaves by content; open addressing, a power of two
     quint64 _leafCount = 0;
-    quint64 _fixedBytes = kHeaderSize; // all but the containers' references
+    quint64 _fixedBytes = F::kHeaderSize; // all but the containers' references
     std::vector<Frame> _stack;
     std::unordered_set<const void *> _path; // deep containers being numbered
     QString _error;
@@ -309,8 +313,8 @@ bool Writer::flatten(const PlistValue &top)
         const qsizetype i = frame.next++;
         const bool isArray = !frame.array.isNull();
         if (i + kAhead < frame.count)
-            (isArray ? frame.array.at(i + kAhead) : frame.dictionary.valueAt(i + kAhead))
-                .prefetch();
+            PlistValueInternals::prefetch(isArray ? frame.array.at(i + kAhead)
+                                                  : frame.dictionary.valueAt(i + kAhead));
         const PlistValue &child = isArray ? frame.array.at(i) : frame.dictionary.valueAt(i);
         const quint64 slot = frame.firstRef + quint64(isArray ? i : frame.count + i);
         if (!number(child, index)) // may push, which moves `frame`
@@ -326,6 +330,11 @@ bool Writer::number(const PlistValue &value, quint32 &index)
         return open(value, index);
     if (value.isNone())
         return fail(QStringLiteral("expected a value in every array and dictionary, found none"));
+    // The format's null marker is read by no other reader, so a file holding
+    // one could not be opened elsewhere.
+    if (value.kind() == PlistValue::Kind::Null)
+        return fail(QStringLiteral("null cannot be written as a binary property list: the format "
+                                   "has no null value (only JSON has)"));
     return leafIndex(value, index);
 }
 
@@ -354,7 +363,7 @@ bool Writer::open(const PlistValue &value, quint32 &index)
     _fixedBytes += headerSize(quint64(frame.count));
     for (qsizetype i = 0; !frame.dictionary.isNull() && i < frame.count; ++i) {
         if (i + kAhead < frame.count)
-            frame.dictionary.keyValueAt(i + kAhead).prefetch();
+            PlistValueInternals::prefetch(frame.dictionary.keyValueAt(i + kAhead));
         quint32 key = 0;
         if (!leafIndex(frame.dictionary.keyValueAt(i), key))
             return false;
@@ -455,13 +464,12 @@ QByteArray Writer::layOut()
     _refSize = widthFor(objectCount);
     const quint64 tableOffset = _fixedBytes + _refs.size() * quint64(_refSize);
     const int offsetSize = widthFor(tableOffset);
-    const quint64 total = tableOffset + objectCount * quint64(offsetSize) + kTrailerSize;
-    QByteArray file(qsizetype(total), Qt::Uninitialized);
+    const quint64 total = tableOffset + objectCount * quint64(offsetSize) + F::kTrailerSize;
+    QByteArray file = HugePages::buffer(qsizetype(total));
     char *const begin = file.data();
-    plist_detail::adviseHugePages(begin, size_t(total));
     char *table = begin + tableOffset;
-    std::memcpy(begin, "bplist00", kHeaderSize);
-    _cursor = begin + kHeaderSize;
+    std::memcpy(begin, F::kMagic, F::kHeaderSize);
+    _cursor = begin + F::kHeaderSize;
     for (const PlistValue *value : _objects) {
         table = putBigEndian(table, quint64(_cursor - begin), offsetSize);
         encode(*value);
@@ -481,29 +489,29 @@ void Writer::encode(const PlistValue &value)
     switch (value.kind()) {
     case PlistValue::Kind::Array: {
         const auto count = quint64(value.toArray().count());
-        putHeader(0xA0, count);
+        putHeader(F::Array, count);
         putRefs(count);
         return;
     }
     case PlistValue::Kind::Dictionary: {
         const auto count = quint64(value.toDictionary().count());
-        putHeader(0xD0, count);
+        putHeader(F::Dictionary, count);
         putRefs(2 * count);
         return;
     }
     case PlistValue::Kind::Boolean:
-        *_cursor++ = value.toBool() ? char(0x09) : char(0x08);
+        *_cursor++ = char(value.toBool() ? F::kTrue : F::kFalse);
         return;
     case PlistValue::Kind::Number:
         encodeNumber(value);
         return;
     case PlistValue::Kind::Date:
-        *_cursor++ = char(0x33);
+        *_cursor++ = char(F::kDate);
         _cursor = putBigEndian(_cursor, std::bit_cast<quint64>(value.toDate()), 8);
         return;
     case PlistValue::Kind::Data: {
         const QByteArrayView bytes = value.dataView();
-        putHeader(0x40, quint64(bytes.size()));
+        putHeader(F::Data, quint64(bytes.size()));
         copyData(bytes);
         return;
     }
@@ -513,12 +521,12 @@ void Writer::encode(const PlistValue &value)
         return;
     case PlistValue::Kind::Uid: {
         const int width = widthFor(value.toUid());
-        *_cursor++ = char(0x80 | (width - 1));
+        *_cursor++ = char(F::marker(F::Uid, unsigned(width - 1)));
         _cursor = putBigEndian(_cursor, value.toUid(), width);
         return;
     }
     default:
-        *_cursor++ = 0x00;
+        *_cursor++ = char(F::kNull);
         return;
     }
 }
@@ -528,19 +536,19 @@ void Writer::encode(const PlistValue &value)
 void Writer::encodeNumber(const PlistValue &value)
 {
     if (value.isReal()) {
-        *_cursor++ = char(0x23);
+        *_cursor++ = char(F::kReal64);
         _cursor = putBigEndian(_cursor, std::bit_cast<quint64>(value.toReal()), 8);
         return;
     }
     if (value.isUnsigned()) {
-        *_cursor++ = char(0x14);
+        *_cursor++ = char(F::kInteger128);
         _cursor = putBigEndian(_cursor, 0, 8);
         _cursor = putBigEndian(_cursor, value.toUnsigned(), 8);
         return;
     }
     const qint64 integer = value.toInteger();
     const int width = integer < 0 ? 8 : widthFor(quint64(integer));
-    *_cursor++ = char(0x10 | std::countr_zero(unsigned(width)));
+    *_cursor++ = char(F::marker(F::Integer, unsigned(std::countr_zero(unsigned(width)))));
     _cursor = putBigEndian(_cursor, quint64(integer), width);
 }
 
@@ -548,27 +556,27 @@ void Writer::encodeNumber(const PlistValue &value)
 template <typename Unit> void Writer::encodeUnits(const Unit *units, qsizetype n)
 {
     if (isAscii(units, n)) {
-        putHeader(0x50, quint64(n));
+        putHeader(F::AsciiString, quint64(n));
         for (qsizetype i = 0; i < n; ++i)
             _cursor[i] = char(units[i]);
         _cursor += n;
         return;
     }
-    putHeader(0x60, quint64(n));
+    putHeader(F::Utf16String, quint64(n));
     for (qsizetype i = 0; i < n; ++i)
         qToBigEndian(quint16(std::make_unsigned_t<Unit>(units[i])), _cursor + 2 * i);
     _cursor += 2 * n;
 }
 
-void Writer::putHeader(uchar marker, quint64 count)
+void Writer::putHeader(BinaryFormat::Type type, quint64 count)
 {
-    if (count < 15) {
-        *_cursor++ = char(marker | count);
+    if (count < F::kCountFollows) {
+        *_cursor++ = char(F::marker(type, unsigned(count)));
         return;
     }
     const int width = widthFor(count);
-    *_cursor++ = char(marker | 0x0F);
-    *_cursor++ = char(0x10 | std::countr_zero(unsigned(width)));
+    *_cursor++ = char(F::marker(type, F::kCountFollows));
+    *_cursor++ = char(F::marker(F::Integer, unsigned(std::countr_zero(unsigned(width)))));
     _cursor = putBigEndian(_cursor, count, width);
 }
 

@@ -10,9 +10,9 @@
 /// written once per place they appear. References and offsets take the
 /// smallest of 1, 2, 4 or 8 bytes that reaches them all.
 ///
-/// Refuses a value that is none, holds none, or holds itself. Nesting lives on
-/// an explicit stack. Stateless; safe on any thread for values not being
-/// changed meanwhile.
+/// Refuses a value that is none, holds none or null (which only JSON has), or
+/// holds itself. Nesting lives on an explicit stack. Stateless; safe on any thread for values not
+/// being changed meanwhile.
 class BinaryWriter
 {
 public:

@@ -1,18 +1,16 @@
 #include "JsonReader.h"
 
+#include "BackslashEscapes.h"
 #include "JsonEncoding.h"
-#include "PlainTextScan.h"
-#include "StringCache.h"
-#include "TextPosition.h"
-#include "shared/PlistArray.h"
-#include "shared/PlistDictionary.h"
+#include "SimdText.h"
+#include "TextParser.h"
+#include "UnicodeText.h"
+#include "shared/NumberText.h"
 
-#include <charconv>
+#include <cmath>
 #include <cstring>
-#include <limits>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace {
 
@@ -26,94 +24,31 @@ bool isWhite(char c)
     return c == ' ' || c == '\n' || c == '\r' || c == '\t';
 }
 
-int hexValue(char c)
+struct Opened
 {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
+    const char *at;
+};
 
-// The power of ten of the first significant digit of a well-formed JSON
-// number (saturating), to tell an overflow from an underflow.
-qint64 decimalExponent(const char *p, const char *end)
-{
-    if (*p == '-')
-        ++p;
-    qint64 position = 0;
-    bool significant = false;
-    for (; p < end && isDigit(*p); ++p) {
-        if (significant)
-            ++position;
-        else
-            significant = *p != '0';
-    }
-    if (p < end && *p == '.') {
-        if (!significant)
-            position = -1;
-        for (++p; p < end && isDigit(*p); ++p) {
-            if (significant)
-                continue;
-            if (*p != '0')
-                significant = true;
-            else
-                --position;
-        }
-    }
-    qint64 exponent = 0;
-    if (p < end && (*p == 'e' || *p == 'E')) {
-        ++p;
-        const bool negative = p < end && *p == '-';
-        if (p < end && (*p == '-' || *p == '+'))
-            ++p;
-        for (; p < end && isDigit(*p); ++p)
-            exponent = qMin<qint64>(exponent * 10 + (*p - '0'), qint64(1) << 40);
-        exponent = negative ? -exponent : exponent;
-    }
-    return position + exponent;
-}
-
-/// One pass over checked UTF-8 text; nesting on `_stack`. The elements of
-/// open containers wait on `_values` (keys and values alternating in objects)
-/// until the container closes and is made at its final size.
-/// Invariant: _begin <= _p <= _end.
-class Parser
+/// One pass over checked UTF-8 text in the JSON grammar.
+class Parser : public TextParser<Parser, Opened>
 {
 public:
-    explicit Parser(QByteArrayView text)
-        : _begin(text.data()), _p(_begin), _end(_begin + text.size())
-    {}
+    using TextParser::TextParser;
 
-    /// The text's value, or none with `errorOffset()` and `errorMessage()` set.
+    /// The text's value, or none with `failure()` set.
     PlistValue parse();
-    qsizetype errorOffset() const { return _errorAt - _begin; }
-    const QString &errorMessage() const { return _error; }
 
 private:
-    // What a step left: an error, a finished value, or an open container
-    // waiting for its next element.
-    enum class Step
-    {
-        Failed,
-        Value,
-        Next,
-    };
-    struct Frame
-    {
-        const char *opened;
-        size_t base; // where its elements start on `_values`
-        bool isObject;
-    };
+    friend class TextParser;
 
-    Step run(Step step, PlistValue &value);
     Step startValue(PlistValue &out);
+    Step next(PlistValue &out)
+    {
+        return _open.kind() == Builder::Kind::Dictionary ? nextMember(out) : startValue(out);
+    }
     Step open(bool isObject, PlistValue &out);
     Step attach(PlistValue element, PlistValue &out);
     Step nextMember(PlistValue &out);
-    Step close(PlistValue &out);
     void skipWhite();
     Step readLiteral(std::string_view word, PlistValue value, PlistValue &out);
     Step readNumber(PlistValue &out);
@@ -121,21 +56,7 @@ private:
     Step readString(PlistValue &out);
     Step readEscaped(const char *start, const char *run, PlistValue &out);
     bool readEscape();
-
-    Step fail(const char *at, const QString &message);
-    QString describe(const char *p) const;
-    QString found() const { return describe(_p); }
     QString unclosed() const;
-
-    const char *const _begin;
-    const char *_p;
-    const char *const _end;
-    std::vector<Frame> _stack;
-    std::vector<PlistValue> _values;
-    StringCache _strings;
-    std::u16string _buffer; // the units of a string being decoded
-    const char *_errorAt = nullptr;
-    QString _error;
 };
 
 PlistValue Parser::parse()
@@ -145,28 +66,11 @@ PlistValue Parser::parse()
         return {};
     skipWhite();
     if (_p != _end) {
-        fail(_p,
+        fail(_p, ReadError::Kind::TrailingContent,
              QStringLiteral("expected the end of the text after the value, found %1").arg(found()));
         return {};
     }
     return value;
-}
-
-Parser::Step Parser::run(Step step, PlistValue &value)
-{
-    for (;;) {
-        if (step == Step::Failed)
-            return step;
-        if (step == Step::Value) {
-            if (_stack.empty())
-                return step;
-            step = attach(std::move(value), value);
-        } else if (_stack.back().isObject) {
-            step = nextMember(value);
-        } else {
-            step = startValue(value);
-        }
-    }
 }
 
 Parser::Step Parser::startValue(PlistValue &out)
@@ -174,7 +78,8 @@ Parser::Step Parser::startValue(PlistValue &out)
     skipWhite();
     if (_p == _end)
         return fail(
-            _p, QStringLiteral("expected a value, found the end of the text%1").arg(unclosed()));
+            _p, _begin == _end ? ReadError::Kind::Empty : ReadError::Kind::Truncated,
+            QStringLiteral("expected a value, found the end of the text%1").arg(unclosed()));
     switch (*_p) {
     case '{':
         return open(true, out);
@@ -193,7 +98,8 @@ Parser::Step Parser::startValue(PlistValue &out)
     }
     if (*_p == '-' || isDigit(*_p))
         return readNumber(out);
-    return fail(_p, QStringLiteral("expected a value, found %1").arg(found()));
+    return fail(_p, ReadError::Kind::Syntax,
+                QStringLiteral("expected a value, found %1").arg(found()));
 }
 
 Parser::Step Parser::open(bool isObject, PlistValue &out)
@@ -205,29 +111,31 @@ Parser::Step Parser::open(bool isObject, PlistValue &out)
         out = isObject ? PlistValue(PlistDictionary::create()) : PlistValue(PlistArray::create());
         return Step::Value;
     }
-    _stack.push_back({opened, _values.size(), isObject});
+    _open.open(isObject ? Builder::Kind::Dictionary : Builder::Kind::Array, {opened});
     return Step::Next;
 }
 
 Parser::Step Parser::attach(PlistValue element, PlistValue &out)
 {
-    const Frame &frame = _stack.back();
-    _values.push_back(std::move(element));
+    _open.add(std::move(element));
+    const bool isObject = _open.kind() == Builder::Kind::Dictionary;
     skipWhite();
     if (_p < _end && *_p == ',') {
         ++_p;
         return Step::Next;
     }
-    const char closer = frame.isObject ? '}' : ']';
+    const char closer = isObject ? '}' : ']';
     if (_p < _end && *_p == closer) {
         ++_p;
-        return close(out);
+        out = _open.close();
+        return Step::Value;
     }
-    return fail(_p, QStringLiteral("expected ',' or '%1' after %2, found %3%4")
-                        .arg(QChar(closer),
-                             frame.isObject ? QStringLiteral("an object member")
-                                            : QStringLiteral("an array element"),
-                             found(), unclosed()));
+    return fail(
+        _p, ReadError::Kind::Syntax,
+        QStringLiteral("expected ',' or '%1' after %2, found %3%4")
+            .arg(QChar(closer),
+                 isObject ? QStringLiteral("an object member") : QStringLiteral("an array element"),
+                 found(), unclosed()));
 }
 
 Parser::Step Parser::nextMember(PlistValue &out)
@@ -235,37 +143,19 @@ Parser::Step Parser::nextMember(PlistValue &out)
     skipWhite();
     if (_p == _end || *_p != '"')
         return fail(
-            _p, QStringLiteral("expected a string as key, found %1%2").arg(found(), unclosed()));
+            _p, ReadError::Kind::Syntax,
+            QStringLiteral("expected a string as key, found %1%2").arg(found(), unclosed()));
     PlistValue key;
     if (readString(key) == Step::Failed)
         return Step::Failed;
     skipWhite();
     if (_p == _end || *_p != ':')
-        return fail(_p, QStringLiteral("expected ':' after the key \"%1\", found %2%3")
-                            .arg(key.toString(), found(), unclosed()));
+        return fail(_p, ReadError::Kind::Syntax,
+                    QStringLiteral("expected ':' after the key \"%1\", found %2%3")
+                        .arg(key.toString(), found(), unclosed()));
     ++_p;
-    _values.push_back(std::move(key));
+    _open.add(std::move(key));
     return startValue(out);
-}
-
-Parser::Step Parser::close(PlistValue &out)
-{
-    const Frame frame = _stack.back();
-    _stack.pop_back();
-    const auto first = _values.begin() + qsizetype(frame.base);
-    const auto count = qsizetype(_values.size() - frame.base);
-    if (frame.isObject) {
-        PlistDictionary dictionary = PlistDictionary::create(count / 2);
-        dictionary.insertPairs(std::span(_values).subspan(frame.base));
-        out = dictionary;
-    } else {
-        PlistArray array = PlistArray::create(count);
-        for (auto element = first; element != _values.end(); ++element)
-            array.append(std::move(*element));
-        out = array;
-    }
-    _values.erase(first, _values.end());
-    return Step::Value;
 }
 
 void Parser::skipWhite()
@@ -284,9 +174,10 @@ Parser::Step Parser::readLiteral(std::string_view word, PlistValue value, PlistV
     const char *last = _p;
     while (last < _end && last - _p < 16 && ((*last >= 'a' && *last <= 'z') || isDigit(*last)))
         ++last;
-    return fail(_p, QStringLiteral("expected %1, found '%2'")
-                        .arg(QLatin1StringView(word.data(), qsizetype(word.size())),
-                             QLatin1StringView(_p, last - _p)));
+    return fail(_p, ReadError::Kind::Syntax,
+                QStringLiteral("expected %1, found '%2'")
+                    .arg(QLatin1StringView(word.data(), qsizetype(word.size())),
+                         QLatin1StringView(_p, last - _p)));
 }
 
 Parser::Step Parser::readNumber(PlistValue &out)
@@ -296,22 +187,21 @@ Parser::Step Parser::readNumber(PlistValue &out)
     if (negative)
         ++_p;
     if (_p == _end || !isDigit(*_p))
-        return fail(_p, QStringLiteral("expected a digit after '-', found %1").arg(found()));
+        return fail(_p, ReadError::Kind::Number,
+                    QStringLiteral("expected a digit after '-', found %1").arg(found()));
     quint64 magnitude = 0;
     bool tooLong = false;
     if (*_p == '0') {
         if (++_p < _end && isDigit(*_p))
-            return fail(start, QStringLiteral("a number must not start with 0 followed by digits"));
+            return fail(start, ReadError::Kind::Number,
+                        QStringLiteral("a number must not start with 0 followed by digits"));
     }
-    for (; _p < _end && isDigit(*_p); ++_p) {
-        const unsigned digit = unsigned(*_p - '0');
-        tooLong = tooLong || magnitude > (std::numeric_limits<quint64>::max() - digit) / 10;
-        magnitude = magnitude * 10 + digit;
-    }
+    _p = NumberText::accumulateDigits(_p, _end, 10, magnitude, tooLong);
     bool real = false;
     if (_p < _end && *_p == '.') {
         if (++_p == _end || !isDigit(*_p))
-            return fail(_p, QStringLiteral("expected a digit after '.', found %1").arg(found()));
+            return fail(_p, ReadError::Kind::Number,
+                        QStringLiteral("expected a digit after '.', found %1").arg(found()));
         while (_p < _end && isDigit(*_p))
             ++_p;
         real = true;
@@ -320,13 +210,13 @@ Parser::Step Parser::readNumber(PlistValue &out)
         if (++_p < _end && (*_p == '+' || *_p == '-'))
             ++_p;
         if (_p == _end || !isDigit(*_p))
-            return fail(_p,
+            return fail(_p, ReadError::Kind::Number,
                         QStringLiteral("expected a digit in the exponent, found %1").arg(found()));
         while (_p < _end && isDigit(*_p))
             ++_p;
         real = true;
     }
-    if (real || tooLong || (negative && magnitude > quint64(1) << 63))
+    if (real || tooLong || (negative && magnitude > NumberText::kMinSignedMagnitude))
         return readReal(start, out);
     out = negative ? PlistValue(qint64(0 - magnitude)) : PlistValue(magnitude);
     return Step::Value;
@@ -335,13 +225,11 @@ Parser::Step Parser::readNumber(PlistValue &out)
 Parser::Step Parser::readReal(const char *start, PlistValue &out)
 {
     double value = 0;
-    const auto result = std::from_chars(start, _p, value);
-    if (result.ec == std::errc::result_out_of_range) {
-        if (decimalExponent(start, _p) >= 0)
-            return fail(start, QStringLiteral("the number is too large for a double"));
-        value = *start == '-' ? -0.0 : 0.0;
-    }
-    out = PlistValue(value);
+    const NumberText::Status status = NumberText::parseReal(QByteArrayView(start, _p), value);
+    if (status == NumberText::Status::OutOfRange && std::isinf(value))
+        return fail(start, ReadError::Kind::OutOfRange,
+                    QStringLiteral("the number is too large for a double"));
+    out = PlistValue(value); // one too small is the zero it rounds to
     return Step::Value;
 }
 
@@ -349,7 +237,7 @@ Parser::Step Parser::readString(PlistValue &out)
 {
     const char *start = _p++;
     const char *run = _p;
-    _p = PlainTextScan::find(_p, _end, '"', ' ');
+    _p = SimdText::findStringEnd(_p, _end, '"', ' ');
     if (_p < _end && *_p == '"') {
         out = _strings.ascii(run, _p - run);
         ++_p;
@@ -366,8 +254,9 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
     for (;;) {
         _buffer.append(run, _p);
         if (_p == _end)
-            return fail(start, QStringLiteral("the string is not closed: expected '\"' before "
-                                              "the end of the text"));
+            return fail(start, ReadError::Kind::Truncated,
+                        QStringLiteral("the string is not closed: expected '\"' before "
+                                       "the end of the text"));
         const auto c = uchar(*_p);
         if (c == '"') {
             ++_p;
@@ -375,17 +264,19 @@ Parser::Step Parser::readEscaped(const char *start, const char *run, PlistValue 
             return Step::Value;
         }
         if (c >= 0x80) {
-            if (JsonEncoding::sequenceLength(_p, _end) == 0)
-                return fail(_p, QStringLiteral("the text is not valid UTF-8"));
-            JsonEncoding::appendUtf16(_buffer, JsonEncoding::next(_p));
+            if (UnicodeText::sequenceLength(_p, _end) == 0)
+                return fail(_p, ReadError::Kind::Encoding,
+                            QStringLiteral("the text is not valid UTF-8"));
+            UnicodeText::appendUtf16(_buffer, UnicodeText::decode(_p));
         } else if (c != '\\') {
-            return fail(_p, QStringLiteral("control character 0x%1 in a string: it must be escaped")
-                                .arg(uint(c), 2, 16, QLatin1Char('0')));
+            return fail(_p, ReadError::Kind::Syntax,
+                        QStringLiteral("control character 0x%1 in a string: it must be escaped")
+                            .arg(uint(c), 2, 16, QLatin1Char('0')));
         } else if (!readEscape()) {
             return Step::Failed;
         }
         run = _p;
-        _p = PlainTextScan::find(_p, _end, '"', ' ');
+        _p = SimdText::findStringEnd(_p, _end, '"', ' ');
     }
 }
 
@@ -393,24 +284,24 @@ bool Parser::readEscape()
 {
     const char *escape = _p++;
     const char c = _p < _end ? *_p++ : '\0';
-    static constexpr std::string_view kLetters = "\"\\/bfnrt";
-    static constexpr char16_t kUnits[] = u"\"\\/\b\f\n\r\t";
-    if (const size_t at = kLetters.find(c); at != std::string_view::npos) {
-        _buffer.push_back(kUnits[at]);
+    if (const int unit = BackslashEscapes::unitFor(c, "\"\\/bfnrt"); unit >= 0) {
+        _buffer.push_back(char16_t(unit));
         return true;
     }
     if (c != 'u') {
-        fail(escape, QStringLiteral("invalid escape: expected one of \\\" \\\\ \\/ \\b \\f \\n "
-                                    "\\r \\t \\u after the backslash, found %1")
-                         .arg(describe(escape + 1)));
+        fail(escape, ReadError::Kind::Escape,
+             QStringLiteral("invalid escape: expected one of \\\" \\\\ \\/ \\b \\f \\n "
+                            "\\r \\t \\u after the backslash, found %1")
+                 .arg(describe(escape + 1)));
         return false;
     }
     char16_t unit = 0;
     for (int i = 0; i < 4; ++i, ++_p) {
-        const int digit = _p < _end ? hexValue(*_p) : -1;
-        if (digit < 0) {
-            fail(_p, QStringLiteral("expected four hexadecimal digits after '\\u', found %1")
-                         .arg(found()));
+        const unsigned digit = _p < _end ? NumberText::digitValue(*_p) : 16;
+        if (digit >= 16) {
+            fail(_p, ReadError::Kind::Escape,
+                 QStringLiteral("expected four hexadecimal digits after '\\u', found %1")
+                     .arg(found()));
             return false;
         }
         unit = char16_t(unit * 16 + digit);
@@ -420,50 +311,20 @@ bool Parser::readEscape()
     return true;
 }
 
-Parser::Step Parser::fail(const char *at, const QString &message)
-{
-    _errorAt = at;
-    _error = message;
-    return Step::Failed;
-}
-
-QString Parser::describe(const char *p) const
-{
-    if (p >= _end)
-        return QStringLiteral("the end of the text");
-    const auto c = uchar(*p);
-    if (c >= 0x20 && c < 0x7F)
-        return QStringLiteral("'%1'").arg(QChar(c));
-    if (c < 0x80 || JsonEncoding::sequenceLength(p, _end) == 0)
-        return QStringLiteral("character 0x%1").arg(uint(c), 2, 16, QLatin1Char('0'));
-    const char32_t code = JsonEncoding::next(p);
-    return QStringLiteral("'%1'").arg(QString::fromUcs4(&code, 1));
-}
-
 // For messages at the end of the text: where the innermost open container began.
 QString Parser::unclosed() const
 {
-    if (_p < _end || _stack.empty())
+    if (_p < _end || _open.isEmpty())
         return {};
-    const Frame &frame = _stack.back();
-    const TextPosition opened =
-        TextPosition::at(QByteArrayView(_begin, _end), frame.opened - _begin);
-    return QStringLiteral(" (the %1 opened at line %2, column %3 is not closed)")
-        .arg(frame.isObject ? QStringLiteral("object") : QStringLiteral("array"))
-        .arg(opened.line)
-        .arg(opened.column);
+    return JsonEncoding::unclosedNote(_begin, _end, _open.info().at,
+                                      _open.kind() == Builder::Kind::Dictionary
+                                          ? QLatin1StringView("object")
+                                          : QLatin1StringView("array"));
 }
 
 } // namespace
 
 ReadResult JsonReader::read(QByteArrayView bytes)
 {
-    JsonEncoding::Utf8Text input = JsonEncoding::decode(bytes);
-    if (!input.error.isEmpty())
-        return ReadResult::failure(input.readError(input.errorAt, input.error));
-    Parser parser(input.text);
-    PlistValue value = parser.parse();
-    if (!value.isNone())
-        return ReadResult::success(std::move(value), ADPlistFormatJSON);
-    return ReadResult::failure(input.parseError(parser.errorOffset(), parser.errorMessage()));
+    return JsonEncoding::read<Parser>(bytes, ADPlistFormatJSON);
 }

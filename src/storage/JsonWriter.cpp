@@ -1,10 +1,11 @@
 #include "JsonWriter.h"
 
+#include "BackslashEscapes.h"
+#include "UnicodeText.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <type_traits>
 #include <unordered_set>
@@ -16,68 +17,17 @@ constexpr int kIndentWidth = 2;
 // Deeper levels stay at this indentation, so that the text of a value nested
 // 100,000 deep grows with its depth, not with the square of it.
 constexpr qsizetype kDeepestIndent = 32;
-constexpr char kHexDigits[] = "0123456789abcdef";
 
-bool isPlain(char16_t c)
+bool isPlain(char32_t c)
 {
     return c >= 0x20 && c < 0x80 && c != '"' && c != '\\';
 }
 
-void appendUnicodeEscape(QByteArray &out, char16_t c)
+// A character that JSON escapes: a quote, a backslash, a control
+// character, or a lone surrogate, which has no UTF-8.
+void appendEscape(QByteArray &out, char16_t c)
 {
-    const char escape[] = {'\\',
-                           'u',
-                           kHexDigits[c >> 12],
-                           kHexDigits[(c >> 8) & 0xF],
-                           kHexDigits[(c >> 4) & 0xF],
-                           kHexDigits[c & 0xF]};
-    out.append(escape, 6);
-}
-
-void appendAsciiEscape(QByteArray &out, char16_t c)
-{
-    switch (c) {
-    case u'"':
-        out += "\\\"";
-        return;
-    case u'\\':
-        out += "\\\\";
-        return;
-    case u'\n':
-        out += "\\n";
-        return;
-    case u'\t':
-        out += "\\t";
-        return;
-    case u'\r':
-        out += "\\r";
-        return;
-    case u'\b':
-        out += "\\b";
-        return;
-    case u'\f':
-        out += "\\f";
-        return;
-    default:
-        appendUnicodeEscape(out, c);
-        return;
-    }
-}
-
-void appendUtf8(QByteArray &out, char32_t c)
-{
-    if (c < 0x800) {
-        const char units[] = {char(0xC0 | (c >> 6)), char(0x80 | (c & 0x3F))};
-        out.append(units, 2);
-    } else if (c < 0x10000) {
-        const char units[] = {char(0xE0 | (c >> 12)), char(0x80 | ((c >> 6) & 0x3F)),
-                              char(0x80 | (c & 0x3F))};
-        out.append(units, 3);
-    } else {
-        const char units[] = {char(0xF0 | (c >> 18)), char(0x80 | ((c >> 12) & 0x3F)),
-                              char(0x80 | ((c >> 6) & 0x3F)), char(0x80 | (c & 0x3F))};
-        out.append(units, 4);
-    }
+    BackslashEscapes::append(out, c, "\"\\bfnrt", 'u');
 }
 
 void appendString(QByteArray &out, const uchar *latin1, qsizetype size)
@@ -90,9 +40,9 @@ void appendString(QByteArray &out, const uchar *latin1, qsizetype size)
         out.append(reinterpret_cast<const char *>(latin1 + run), i - run);
         run = i + 1;
         if (latin1[i] < 0x80)
-            appendAsciiEscape(out, latin1[i]);
+            appendEscape(out, latin1[i]);
         else
-            appendUtf8(out, latin1[i]);
+            UnicodeText::append(out, latin1[i]);
     }
     out.append(reinterpret_cast<const char *>(latin1 + run), size - run);
     out += '"';
@@ -101,21 +51,17 @@ void appendString(QByteArray &out, const uchar *latin1, qsizetype size)
 void appendString(QByteArray &out, const char16_t *units, qsizetype size)
 {
     out += '"';
-    for (qsizetype i = 0; i < size; ++i) {
-        const char16_t c = units[i];
-        if (isPlain(c)) {
+    const char16_t *const end = units + size;
+    while (units < end) {
+        const char32_t c = UnicodeText::next(units, end);
+        if (isPlain(c))
             out += char(c);
-        } else if (c < 0x80) {
-            appendAsciiEscape(out, c);
-        } else if (c < 0xD800 || c > 0xDFFF) {
-            appendUtf8(out, c);
-        } else if (c <= 0xDBFF && i + 1 < size && units[i + 1] >= 0xDC00 &&
-                   units[i + 1] <= 0xDFFF) {
-            appendUtf8(out, 0x10000 + ((char32_t(c) - 0xD800) << 10) + (units[i + 1] - 0xDC00));
-            ++i;
-        } else {
-            appendUnicodeEscape(out, c); // a lone surrogate has no UTF-8
-        }
+        else if (c < 0x80)
+            appendEscape(out, char16_t(c));
+        else if (UnicodeText::isSurrogate(c))
+            appendEscape(out, char16_t(c));
+        else
+            UnicodeText::append(out, c);
     }
     out += '"';
 }
@@ -234,12 +180,15 @@ bool Writer::writeLeaf(const PlistValue &value)
     case PlistValue::Kind::String:
         appendString(_out, value.stringView());
         return true;
-    case PlistValue::Kind::Number:
+    case PlistValue::Kind::Number: {
         if (value.isReal())
             return writeReal(value.toReal());
-        _out += value.isUnsigned() ? QByteArray::number(value.toUnsigned())
-                                   : QByteArray::number(value.toInteger());
+        char text[NumberText::kMaxIntegerLength];
+        const char *end = value.isUnsigned() ? NumberText::formatInteger(value.toUnsigned(), text)
+                                             : NumberText::formatInteger(value.toInteger(), text);
+        _out.append(text, end - text);
         return true;
+    }
     case PlistValue::Kind::Boolean:
         _out += value.toBool() ? "true" : "false";
         return true;
@@ -262,11 +211,11 @@ bool Writer::writeReal(double value)
     if (!std::isfinite(value))
         return fail(
             QStringLiteral("JSON has no NaN or infinity: cannot write the real %1").arg(value));
-    char text[32];
-    char *end = std::to_chars(text, text + sizeof text, value).ptr;
-    _out.append(text, end - text);
+    char text[NumberText::kMaxRealLength];
+    const QByteArrayView written(text, NumberText::formatReal(value, text));
+    _out += written;
     // Without a point or an exponent it would read back as an integer.
-    if (std::find_if(text, end, [](char c) { return c == '.' || c == 'e'; }) == end)
+    if (!written.contains('.') && !written.contains('e'))
         _out += ".0";
     return true;
 }

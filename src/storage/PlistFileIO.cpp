@@ -3,7 +3,7 @@
 #include "PlistSerialization.h"
 #include "SafeFileWriter.h"
 
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
 #include "shared/KZLocalizedString.h"
 
 #include <QFile>
@@ -36,15 +36,14 @@ struct FileBytes
     std::optional<KZError> error;
 };
 
-// The bytes of an open file. A big buffer gets huge pages before it is filled:
-// the XML reader may decode data over it, and the data may then keep it.
+// The bytes of an open file. A big buffer gets huge pages before it is
+// filled: large binary data may share it.
 QByteArray readAllOf(QFile &file)
 {
     const qint64 size = file.size();
     if (size <= 0)
         return file.readAll(); // empty, or no regular file
-    QByteArray bytes(size, Qt::Uninitialized);
-    plist_detail::adviseHugePages(bytes.data(), size_t(size));
+    QByteArray bytes = HugePages::buffer(size);
     const qint64 read = file.read(bytes.data(), size);
     bytes.truncate(std::max<qint64>(read, 0));
     if (read == size)
@@ -73,7 +72,7 @@ template <typename T> void fill(T *out, T value)
         *out = std::move(value);
 }
 
-// Reads bytes no one else needs, which the reader may then write over.
+// Reads bytes no one else needs, which large binary data may then share.
 PlistValue readPlistTaking(QByteArray &&data, const QString &path, ADPlistFormat *format,
                            std::optional<KZError> *error)
 {

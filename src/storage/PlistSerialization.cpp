@@ -9,28 +9,11 @@
 #include "XmlReader.h"
 #include "XmlWriter.h"
 
-#include <algorithm>
-
-namespace {
-
-// UTF-8 text up to its first character that is not white space, included.
-// JSON refuses valid UTF-8 that starts with markup right there, so this much
-// gives its reason for the whole, and the XML reader never writes over it.
-QByteArrayView untilFirstMarkup(QByteArrayView text)
-{
-    qsizetype i = text.startsWith("\xEF\xBB\xBF") ? 3 : 0;
-    while (i < text.size() &&
-           (text[i] == ' ' || text[i] == '\t' || text[i] == '\n' || text[i] == '\r'))
-        ++i;
-    return text.first(std::min(i + 1, text.size()));
-}
-
-} // namespace
-
 ReadResult PlistSerialization::read(QByteArrayView bytes)
 {
     if (bytes.isEmpty())
-        return ReadResult::failure({QStringLiteral("the data is empty")});
+        return ReadResult::failure(
+            {QStringLiteral("the data is empty"), -1, -1, -1, ReadError::Kind::Empty});
     if (BinaryReader::recognizes(bytes))
         return BinaryReader::read(bytes);
     if (XmlReader::recognizes(bytes))
@@ -52,23 +35,15 @@ ReadResult PlistSerialization::readJson(QByteArrayView bytes)
 
 ReadResult PlistSerialization::readAnyFormat(QByteArray &&bytes, ReadError &jsonError)
 {
-    if (BinaryReader::recognizes(bytes) || !XmlReader::recognizes(bytes)) {
-        ReadResult plist = read(std::as_const(bytes));
-        if (plist)
-            return plist;
-        ReadResult json = readJson(bytes);
-        if (json)
-            return json;
-        jsonError = json.error;
+    const QByteArray taken = std::move(bytes);
+    ReadResult plist = read(taken);
+    if (plist)
         return plist;
-    }
-    // What reads as XML never reads as JSON; only JSON's reason is wanted, and
-    // only when XML refuses the bytes too.
-    bool wroteOver = false;
-    ReadResult xml = XmlReader::read(std::move(bytes), &wroteOver);
-    if (!xml)
-        jsonError = readJson(wroteOver ? untilFirstMarkup(bytes) : QByteArrayView(bytes)).error;
-    return xml;
+    ReadResult json = readJson(taken);
+    if (json)
+        return json;
+    jsonError = json.error;
+    return plist;
 }
 
 WriteResult PlistSerialization::write(const PlistValue &value, ADPlistFormat format,

@@ -19,9 +19,8 @@ public:
     static ReadResult read(const QByteArray &bytes);
     static ReadResult readJson(QByteArrayView bytes);
     /// `read`, then `readJson` when that refuses: what opening a file does.
-    /// Takes the bytes, over which large XML data may be decoded and which it
-    /// may then share (see XmlReader). When both refuse, the result holds the
-    /// first reason and `jsonError` the second.
+    /// Takes the bytes, which large binary data may then share. When both
+    /// refuse, the result holds the first reason and `jsonError` the second.
     static ReadResult readAnyFormat(QByteArray &&bytes, ReadError &jsonError);
 
     /// Writes XML, binary, old-style text or JSON; `humanReadable` matters for

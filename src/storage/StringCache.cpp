@@ -1,6 +1,10 @@
 #include "StringCache.h"
 
+#include "shared/PlistValueInternals.h"
+
 #include <cstring>
+
+using plist_detail::PlistValueInternals;
 
 namespace {
 
@@ -43,8 +47,8 @@ PlistValue StringCache::ascii(const char *bytes, qsizetype size)
     const Words words = wordsOf(bytes, size);
     Slot &slot = _slots[slotFor(words)];
     if (slot.words == words)
-        return slot.value.unpublishedCopy();
+        return PlistValueInternals::unpublishedCopy(slot.value);
     slot.value = PlistValue::fromLatin1(bytes, size);
     slot.words = words;
-    return slot.value.unpublishedCopy();
+    return PlistValueInternals::unpublishedCopy(slot.value);
 }

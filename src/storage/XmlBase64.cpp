@@ -1,17 +1,14 @@
 #include "XmlBase64.h"
 
 #include "ParallelParts.h"
+#include "SimdText.h"
 #include "SizeThreshold.h"
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
-
-#if defined(__x86_64__) || defined(__i386__)
-#include <tmmintrin.h>
-#endif
 
 namespace {
 
@@ -76,41 +73,6 @@ char *encodeTwoGroups(const unsigned char *in, char *out)
     std::memcpy(out, digits, 8);
     return out + 8;
 }
-
-#if defined(__x86_64__) || defined(__i386__)
-// Four groups (twelve bytes, sixteen digits) a step with byte shuffles, where
-// the processor has them; reads sixteen bytes. After Wojciech Mula's method:
-// spread the 6-bit fields into bytes, then map each range of the alphabet
-// with one table lookup and an add.
-__attribute__((target("ssse3"))) char *encodeFourGroups(const unsigned char *in, char *out)
-{
-    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in));
-    v = _mm_shuffle_epi8(v, _mm_set_epi8(10, 11, 9, 10, 7, 8, 6, 7, 4, 5, 3, 4, 1, 2, 0, 1));
-    const __m128i high =
-        _mm_mulhi_epu16(_mm_and_si128(v, _mm_set1_epi32(0x0fc0fc00)), _mm_set1_epi32(0x04000040));
-    const __m128i low =
-        _mm_mullo_epi16(_mm_and_si128(v, _mm_set1_epi32(0x003f03f0)), _mm_set1_epi32(0x01000010));
-    const __m128i fields = _mm_or_si128(high, low);
-    __m128i range = _mm_subs_epu8(fields, _mm_set1_epi8(51));
-    range = _mm_or_si128(
-        range, _mm_and_si128(_mm_cmpgt_epi8(_mm_set1_epi8(26), fields), _mm_set1_epi8(13)));
-    const __m128i offsets =
-        _mm_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                      '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0);
-    const __m128i digits = _mm_add_epi8(_mm_shuffle_epi8(offsets, range), fields);
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(out), digits);
-    return out + 16;
-}
-
-const bool kShuffles = __builtin_cpu_supports("ssse3");
-#else
-char *encodeFourGroups(const unsigned char *, char *out)
-{
-    return out;
-}
-
-constexpr bool kShuffles = false;
-#endif
 
 bool isSpace(char c)
 {
@@ -226,15 +188,6 @@ qsizetype decodeRun(const unsigned char *in, qsizetype i, qsizetype limit, char 
     return limit;
 }
 
-// Counts line ends as TextPosition does, one character at a time.
-void countLineEnd(const unsigned char *in, qsizetype i, qsizetype size, XmlBase64::LineEnds &lines)
-{
-    if (in[i] == '\n' || (in[i] == '\r' && (i + 1 == size || in[i + 1] != '\n'))) {
-        ++lines.count;
-        lines.lastLineStart = i + 1;
-    }
-}
-
 // Decodes `window` characters at a time, doubling it each step, so that
 // the output grows with what is found rather than with the whole text.
 bool decodeGrowing(QByteArrayView text, qsizetype window, QByteArray &out, qsizetype &end)
@@ -249,7 +202,7 @@ bool decodeGrowing(QByteArrayView text, qsizetype window, QByteArray &out, qsize
         window *= 2;
         // Three bytes a group, and room for what the carried digits complete.
         out.resize(used + (limit - i) / 4 * 3 + 6);
-        plist_detail::adviseHugePages(out.data() + used, size_t(out.size() - used));
+        HugePages::advise(out.data() + used, size_t(out.size() - used));
         char *o = out.data() + used;
         const qsizetype stop = decodeRun(in, i, limit, o, state);
         used = o - out.data();
@@ -283,39 +236,6 @@ bool XmlBase64::decodePrefix(QByteArrayView text, QByteArray &out, qsizetype &en
     return decodeGrowing(text, kFirstWindow, out, end);
 }
 
-XmlBase64::InPlace XmlBase64::decodeInPlace(char *text, qsizetype size)
-{
-    const auto *in = reinterpret_cast<const unsigned char *>(text);
-    char *o = text;
-    DecodeState state;
-    InPlace run;
-    qsizetype i = 0;
-    for (; i < size; ++i) {
-        if (state.tail.count() == 0 && state.padding == 0) {
-            i = decodeGroups(in, i, size, o);
-            run.resume = i;
-            run.beforeResume = run.lineEnds;
-            if (i == size)
-                break;
-        }
-        const Taken taken = takeCharacter(in[i], state);
-        if (taken == Taken::Stop)
-            break;
-        if (taken == Taken::Space)
-            countLineEnd(in, i, size, run.lineEnds);
-        if (taken == Taken::Digit && state.tail.count() == 4) {
-            o = state.tail.flush(o);
-            run.resume = i + 1;
-            run.beforeResume = run.lineEnds;
-        }
-    }
-    run.end = i;
-    run.size = o - text;
-    run.whole = state.tail.count() != 1;
-    run.lastSize = state.tail.flush(run.last) - run.last;
-    return run;
-}
-
 qsizetype XmlBase64::encodedSize(qsizetype size, int lineLength, int indent)
 {
     const qsizetype chars = (size + 2) / 3 * 4;
@@ -335,9 +255,12 @@ char *encodeSomeLines(QByteArrayView bytes, int lineLength, int indent, char *ou
     while (i < size) {
         std::memset(out, '\t', size_t(indent));
         out += indent;
-        qsizetype g = 0;
-        for (; kShuffles && g + 4 <= groupsPerLine && size - i >= 16; g += 4, i += 12)
-            out = encodeFourGroups(in + i, out);
+        // Blocks of four groups read four bytes past their twelve.
+        const qsizetype blocks =
+            std::min(groupsPerLine / 4, std::max<qsizetype>(0, size - i - 4) / 12);
+        out = SimdText::encodeBase64(in + i, blocks, out);
+        qsizetype g = 4 * blocks;
+        i += 12 * blocks;
         for (; g + 2 <= groupsPerLine && size - i >= 8; g += 2, i += 6)
             out = encodeTwoGroups(in + i, out);
         for (; g < groupsPerLine && size - i >= 3; ++g, i += 3)

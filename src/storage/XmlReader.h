@@ -28,10 +28,4 @@ public:
     static bool recognizes(QByteArrayView bytes);
     /// The value, with format ADPlistFormatXML, or why the bytes were refused.
     static ReadResult read(QByteArrayView bytes);
-    /// The same, taking the bytes: large data is decoded in place, over its
-    /// own text, and may share the bytes (when it makes up most of them)
-    /// rather than be copied. `wroteOver` (may be null) tells whether it was;
-    /// only UTF-8 text already found valid is written over, and never before
-    /// its first markup.
-    static ReadResult read(QByteArray &&bytes, bool *wroteOver = nullptr);
 };

@@ -1,20 +1,21 @@
 #include "XmlWriter.h"
 
+#include "SimdText.h"
+#include "UnicodeText.h"
 #include "XmlBase64.h"
 #include "XmlDate.h"
-#include "shared/HugePageAllocator.h"
+#include "shared/HugePages.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "shared/PlistValueInternals.h"
 
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <vector>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
+using plist_detail::PlistValueInternals;
 
 namespace {
 
@@ -67,8 +68,7 @@ public:
     // pages before anything touches it.
     void grow(qsizetype size)
     {
-        QByteArray bigger(size, Qt::Uninitialized);
-        plist_detail::adviseHugePages(bigger.data(), size_t(size));
+        QByteArray bigger = HugePages::buffer(size);
         std::memcpy(bigger.data(), _bytes.constData(), size_t(_used));
         _bytes.swap(bigger);
     }
@@ -122,92 +122,37 @@ char *escapedUnit(char32_t c, char *out)
         std::memcpy(out, "&quot;", 6);
         return out + 6;
     default:
-        break;
+        return UnicodeText::encode(c, out);
     }
-    if (c < 0x80) {
-        *out++ = char(c);
-    } else if (c < 0x800) {
-        *out++ = char(0xC0 | (c >> 6));
-        *out++ = char(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        *out++ = char(0xE0 | (c >> 12));
-        *out++ = char(0x80 | ((c >> 6) & 0x3F));
-        *out++ = char(0x80 | (c & 0x3F));
-    } else {
-        *out++ = char(0xF0 | (c >> 18));
-        *out++ = char(0x80 | ((c >> 12) & 0x3F));
-        *out++ = char(0x80 | ((c >> 6) & 0x3F));
-        *out++ = char(0x80 | (c & 0x3F));
-    }
+}
+
+// Sixteen bytes a step, then byte by byte: for the runs of a string, this
+// beats a call to memcpy.
+char *copied(const char *from, const char *to, char *out)
+{
+    for (; to - from >= 16; from += 16, out += 16)
+        std::memcpy(out, from, 16);
+    while (from < to)
+        *out++ = *from++;
     return out;
 }
 
-// Latin-1 units that need more than themselves: the escaped five and
-// everything beyond ASCII, which takes two bytes of UTF-8.
-constexpr std::array<bool, 256> kSpecialLatin1 = [] {
-    std::array<bool, 256> table{};
-    for (int c = 0x80; c < 256; ++c)
-        table[size_t(c)] = true;
-    for (const char c : {'&', '<', '>', '\'', '"'})
-        table[size_t(c)] = true;
-    return table;
-}();
-
-// Whether any of 16 bytes is special, for long strings.
-bool cleanBlock(const char *p)
-{
-#ifdef __SSE2__
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-    __m128i hit = _mm_cmpeq_epi8(v, _mm_set1_epi8('&'));
-    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('<')));
-    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('>')));
-    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('\'')));
-    hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, _mm_set1_epi8('"')));
-    return _mm_movemask_epi8(_mm_or_si128(hit, v)) == 0; // the sign bit marks non-ASCII
-#else
-    for (int i = 0; i < 16; ++i) {
-        if (kSpecialLatin1[static_cast<unsigned char>(p[i])])
-            return false;
-    }
-    return true;
-#endif
-}
-
-// Whether any of 8 bytes is special: a zero byte in word ^ c marks c.
-bool cleanWord(const char *p)
-{
-    constexpr quint64 kOnes = 0x0101010101010101ull;
-    constexpr quint64 kHighs = 0x8080808080808080ull;
-    quint64 word;
-    std::memcpy(&word, p, 8);
-    auto hasByte = [word](char c) {
-        const quint64 x = word ^ (kOnes * static_cast<unsigned char>(c));
-        return (x - kOnes) & ~x & kHighs;
-    };
-    return ((word & kHighs) | hasByte('&') | hasByte('<') | hasByte('>') | hasByte('\'') |
-            hasByte('"')) == 0;
-}
-
+// A long string's clean start goes as it is; the rest, and a short string,
+// byte by byte in one pass.
 char *escapedLatin1(QLatin1StringView s, char *out)
 {
     const char *p = s.data();
     const char *const end = p + s.size();
-    while (end - p >= 16 && cleanBlock(p)) {
-        std::memcpy(out, p, 16);
-        p += 16;
-        out += 16;
-    }
-    if (end - p >= 8 && cleanWord(p)) {
-        std::memcpy(out, p, 8);
-        p += 8;
-        out += 8;
+    if (end - p >= 16) {
+        const char *special = SimdText::findXmlSpecial(p, end);
+        out = copied(p, special, out);
+        p = special;
     }
     for (; p < end; ++p) {
-        const auto c = static_cast<unsigned char>(*p);
-        if (kSpecialLatin1[c])
-            out = escapedUnit(c, out);
+        if (SimdText::isXmlSpecial(*p))
+            out = escapedUnit(static_cast<unsigned char>(*p), out);
         else
-            *out++ = char(c);
+            *out++ = *p;
     }
     return out;
 }
@@ -217,12 +162,9 @@ char *escapedUtf16(QStringView s, char *out)
     const char16_t *p = s.utf16();
     const char16_t *const end = p + s.size();
     while (p < end) {
-        char32_t c = *p++;
-        if (c >= 0xD800 && c <= 0xDBFF && p < end && *p >= 0xDC00 && *p <= 0xDFFF)
-            c = 0x10000 + ((c - 0xD800) << 10) + (*p++ - 0xDC00);
-        else if (c >= 0xD800 && c <= 0xDFFF)
-            c = 0xFFFD; // a lone surrogate has no UTF-8 form
-        out = escapedUnit(c, out);
+        const char32_t c = UnicodeText::next(p, end);
+        // A lone surrogate has no UTF-8 form.
+        out = escapedUnit(UnicodeText::isSurrogate(c) ? U'\uFFFD' : c, out);
     }
     return out;
 }
@@ -281,11 +223,11 @@ private:
         if (i >= frame.count)
             return;
         if (frame.dict.isNull()) {
-            frame.array.at(i).prefetch();
+            PlistValueInternals::prefetch(frame.array.at(i));
             return;
         }
-        frame.dict.keyValueAt(i).prefetch();
-        frame.dict.valueAt(i).prefetch();
+        PlistValueInternals::prefetch(frame.dict.keyValueAt(i));
+        PlistValueInternals::prefetch(frame.dict.valueAt(i));
     }
 
     bool entry(const PlistDictionary &dict, qsizetype i, int indent)
@@ -346,11 +288,11 @@ private:
 
     void number(const PlistValue &v, int indent)
     {
-        char buffer[40];
+        char buffer[NumberText::kMaxRealLength];
         if (!v.isReal()) {
-            const auto r = v.isUnsigned() ? std::to_chars(buffer, buffer + 40, v.toUnsigned())
-                                          : std::to_chars(buffer, buffer + 40, v.toInteger());
-            line("<integer>", QByteArrayView(buffer, r.ptr - buffer), "</integer>\n", indent);
+            const char *end = v.isUnsigned() ? NumberText::formatInteger(v.toUnsigned(), buffer)
+                                             : NumberText::formatInteger(v.toInteger(), buffer);
+            line("<integer>", QByteArrayView(buffer, end), "</integer>\n", indent);
             return;
         }
         const double d = v.toReal();
@@ -359,8 +301,8 @@ private:
         } else if (std::isinf(d)) {
             line("<real>", d < 0 ? "-infinity" : "+infinity", "</real>\n", indent);
         } else {
-            const auto r = std::to_chars(buffer, buffer + 40, d); // shortest that reads back
-            line("<real>", QByteArrayView(buffer, r.ptr - buffer), "</real>\n", indent);
+            const char *end = NumberText::formatReal(d, buffer);
+            line("<real>", QByteArrayView(buffer, end), "</real>\n", indent);
         }
     }
 
@@ -389,11 +331,11 @@ private:
 
     void uid(quint64 id, int indent)
     {
-        char buffer[24];
-        const auto r = std::to_chars(buffer, buffer + 24, id);
+        char buffer[NumberText::kMaxIntegerLength];
+        const char *end = NumberText::formatInteger(id, buffer);
         tagLine("<dict>\n", indent);
         line("<key>", "CF$UID", "</key>\n", indent + 1);
-        line("<integer>", QByteArrayView(buffer, r.ptr - buffer), "</integer>\n", indent + 1);
+        line("<integer>", QByteArrayView(buffer, end), "</integer>\n", indent + 1);
         tagLine("</dict>\n", indent);
     }
 

@@ -7,6 +7,9 @@
 
 #include <QDateTime>
 
+#include <clocale>
+#include <string>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -29,6 +32,8 @@ std::vector<Coercion> coercions()
         {"NegativeFractionIsCut", str("-1.5"), ADPlistTypeNumber, PlistValue(-1)},
         {"TrailingTextIgnored", str("42 apples"), ADPlistTypeNumber, PlistValue(42)},
         {"LettersAloneGiveZero", str("apples"), ADPlistTypeNumber, PlistValue(0)},
+        {"ExponentMakesAReal", str(" 2.5e2"), ADPlistTypeNumber, PlistValue(250.0)},
+        {"HexIsAZeroAndText", str("0x1A"), ADPlistTypeNumber, PlistValue(0)},
         {"HexStringToData", str("00ff"), ADPlistTypeData,
          PlistValue::data(QByteArray("\x00\xff", 2))},
         {"BadHexGivesEmptyData", str("xyz"), ADPlistTypeData, PlistValue::data(QByteArray())},
@@ -57,6 +62,21 @@ TEST_P(CoercionTable, ConvertsOrFallsBackToTheDefault)
 
 INSTANTIATE_TEST_SUITE_P(Rows, CoercionTable, testing::ValuesIn(coercions()),
                          [](const auto &row) { return std::string(row.param.name); });
+
+// The application object sets the C library's locale from the environment, so
+// text typed as "1.5" must not read as 1 where a comma is the decimal separator.
+TEST(ADPlistCoercionHandler, ReadsNumbersAlikeInEveryLocale)
+{
+    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+    if (!std::setlocale(LC_NUMERIC, "de_DE.UTF-8"))
+        GTEST_SKIP() << "no de_DE.UTF-8 locale here (scripts/bootstrap makes one)";
+    ADPlistCoercionHandler &handler = ADPlistCoercionHandler::sharedCoercionHandler();
+    const PlistValue point = handler.coercePlist(str("1.5"), ADPlistTypeNumber);
+    const PlistValue comma = handler.coercePlist(str("1,5"), ADPlistTypeNumber);
+    std::setlocale(LC_NUMERIC, before.c_str());
+    EXPECT_TRUE(point.isIdenticalTo(PlistValue(1.5))) << qPrintable(point.displayString());
+    EXPECT_TRUE(comma.isIdenticalTo(PlistValue(1))) << qPrintable(comma.displayString());
+}
 
 TEST(ADPlistCoercionHandler, ConvertsContainers)
 {

@@ -112,8 +112,9 @@ TEST(PlistValue, StoresDataExactlyAtEverySize)
         }
         EXPECT_TRUE(made.isIdenticalTo(copied));
         EXPECT_EQ(made.compare(PlistValue::data(original + '\0')), -1);
-        if (size > 0)
+        if (size > 0) {
             EXPECT_FALSE(made.isEqualToPlist(PlistValue::data(bytes)));
+        }
     }
 }
 
@@ -155,6 +156,41 @@ TEST(PlistValue, ComparesLikeTheValueClasses)
     EXPECT_EQ(PlistValue::null().plistCompare(PlistValue::null()), 0);
     EXPECT_EQ(PlistValue::null().plistCompare(PlistValue(1)), 1);
 }
+
+struct NumberOrder
+{
+    const char *name;
+    PlistValue a, b;
+    int expected; // a.compare(b); b.compare(a) gives the opposite
+};
+
+const NumberOrder kNumberOrders[] = {
+    {"RealBelowInteger", PlistValue(1.5), PlistValue(2), -1},
+    {"RealAboveInteger", PlistValue(2.5), PlistValue(2), 1},
+    {"RealEqualsInteger", PlistValue(2.0), PlistValue(2), 0},
+    {"NegativeFractionAboveItsFloor", PlistValue(-0.5), PlistValue(-1), 1},
+    {"IntegerBeyondDoublePrecision", PlistValue(9007199254740992.0),
+     PlistValue((qint64(1) << 53) + 1), -1},
+    {"RealBeyondSignedRange", PlistValue(1e19), PlistValue(std::numeric_limits<qint64>::max()), 1},
+    {"RealBelowUnsignedValue", PlistValue(1e19), PlistValue(std::numeric_limits<quint64>::max()),
+     -1},
+    {"UnsignedAboveRealInSignedRange", PlistValue(std::numeric_limits<quint64>::max()),
+     PlistValue(-1e300), 1},
+    {"BooleanCountsAsOne", PlistValue(true), PlistValue(0.5), 1},
+};
+
+class PlistValueNumberOrder : public testing::TestWithParam<NumberOrder>
+{};
+
+TEST_P(PlistValueNumberOrder, ComparesIntegersAndRealsEitherWayRound)
+{
+    const NumberOrder &row = GetParam();
+    EXPECT_EQ(row.a.compare(row.b), row.expected);
+    EXPECT_EQ(row.b.compare(row.a), -row.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, PlistValueNumberOrder, testing::ValuesIn(kNumberOrders),
+                         [](const auto &row) { return std::string(row.param.name); });
 
 TEST(PlistValue, DisplaysLeaves)
 {
@@ -238,6 +274,25 @@ TEST(PlistDictionary, FindsKeysInLargeDictionariesAfterMoves)
     }
     EXPECT_EQ(d.indexOf(u"key0"), -1);
     EXPECT_EQ(d.valueAt(d.indexOf(u"inserted")).toInteger(), 0);
+}
+
+// A renamed key is found under its new name and no longer under its old one,
+// in dictionaries small enough to scan and large enough to be indexed.
+TEST(PlistDictionary, FindsRenamedKeys)
+{
+    for (const int size : {4, 8, 9, 100}) {
+        PlistDictionary d = PlistDictionary::create();
+        for (int i = 0; i < size; ++i)
+            d.insert(QStringLiteral("key%1").arg(i), PlistValue(i));
+        ASSERT_EQ(d.indexOf(u"key3"), 3); // builds the index where there is one
+        d.renameAt(3, str("renamed"));
+        EXPECT_EQ(d.indexOf(u"renamed"), 3) << size;
+        EXPECT_EQ(d.indexOf(u"key3"), -1) << size;
+        EXPECT_EQ(d.value(u"renamed").toInteger(), 3) << size;
+        d.insert(QStringLiteral("key3"), PlistValue(-3)); // the old name is free again
+        EXPECT_EQ(d.indexOf(u"key3"), size) << size;
+        EXPECT_EQ(d.count(), size + 1);
+    }
 }
 
 // What readers rely on: a repeated key keeps its first place and its last

@@ -1,4 +1,5 @@
 #include "storage/AsciiReader.h"
+#include "support/ReadErrorKind.h"
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -10,6 +11,8 @@
 #include <set>
 
 namespace {
+
+using Kind = ReadError::Kind;
 
 QByteArray utf16(const char16_t *text, bool bigEndian, bool mark)
 {
@@ -112,36 +115,37 @@ struct BadText
     QByteArray text;
     int line;
     int column;
-    const char *message; // a part of it
+    Kind kind;
 };
 
 const BadText kBadTexts[] = {
-    {"UnterminatedString", "{a = \"b;\n}", 1, 6, "quoted string is not closed"},
-    {"HexEscapeWithoutDigits", "(\"x\\Uz\")", 1, 4, "hexadecimal digit after '\\U'"},
-    {"MissingSemicolon", "{a = b\n c = d;}", 2, 2, "expected ';' after the value of \"a\""},
-    {"MissingEquals", "{a b;}", 1, 4, "expected '=' or ';' after the key \"a\""},
-    {"MissingComma", "(a b)", 1, 4, "expected ',' or ')'"},
-    {"TrailingGarbage", "{a=b;}\nx", 2, 1, "expected the end of the text"},
-    {"ExtraBrace", "{a=b;}}", 1, 7, "expected the end of the text"},
-    {"BraceInStringsFile", "a = b; }", 1, 8, "expected a key, found '}'"},
-    {"BadHexData", "<0fxz>", 1, 4, "expected a hexadecimal digit or '>' in data, found 'x'"},
-    {"OddHexData", "<0f1>", 1, 5, "half a byte"},
-    {"UnclosedData", "(<0f", 1, 2, "data is not closed"},
-    {"UnclosedDictionary", "{a=b;\n", 2, 1, "dictionary opened at line 1, column 1 is not closed"},
-    {"UnclosedNestedArray", "(a,\n (b", 2, 4, "array opened at line 2, column 2 is not closed"},
-    {"UnclosedComment", "( /* x", 1, 3, "comment is not closed"},
-    {"BadTypedInteger", "<*I12x>", 1, 4, "expected a 64-bit integer in '<*I...>', found \"12x\""},
-    {"TypedIntegerTooLarge", "<*I18446744073709551616>", 1, 4, "64-bit integer"},
-    {"UnknownType", "<*F1>", 1, 3, "expected I, R, B or D after '<*', found 'F'"},
-    {"ImpossibleDate", "<*D2001-02-29 00:00:00 +0000>", 1, 4, "expected a date"},
-    {"UnclosedTypedValue", "<*I3", 1, 5, "expected '>'"},
-    {"LoneBase64Character", "<[3]>", 1, 1, "lone character"},
-    {"NulCharacter", QByteArray("(a,\0)", 5), 1, 4, "NUL character"},
-    {"InvalidUtf8", "(\"\xC3\x28\")", 1, 3, "byte 0xc3 is not valid UTF-8"},
-    {"UnquotedSymbol", "{\xC2\xAC=A;}", 1, 2, "expected a key or '}', found '\xC2\xAC'"},
-    {"UnpairedSurrogateInUtf16", utf16(u"(a,\xD800)", false, true), 1, 4,
-     "unpaired high surrogate"},
-    {"OddUtf16", "\xFE\xFF\x01", 1, 1, "half a unit"},
+    {"UnterminatedString", "{a = \"b;\n}", 1, 6, Kind::Truncated},
+    {"HexEscapeWithoutDigits", "(\"x\\Uz\")", 1, 4, Kind::Escape},
+    {"MissingSemicolon", "{a = b\n c = d;}", 2, 2, Kind::Syntax},
+    {"MissingEquals", "{a b;}", 1, 4, Kind::Syntax},
+    {"MissingComma", "(a b)", 1, 4, Kind::Syntax},
+    {"TrailingGarbage", "{a=b;}\nx", 2, 1, Kind::TrailingContent},
+    {"ExtraBrace", "{a=b;}}", 1, 7, Kind::TrailingContent},
+    {"BraceInStringsFile", "a = b; }", 1, 8, Kind::Syntax},
+    {"BadHexData", "<0fxz>", 1, 4, Kind::Data},
+    {"OddHexData", "<0f1>", 1, 5, Kind::Data},
+    {"UnclosedData", "(<0f", 1, 2, Kind::Truncated},
+    {"UnclosedDictionary", "{a=b;\n", 2, 1, Kind::Truncated},
+    {"UnclosedNestedArray", "(a,\n (b", 2, 4, Kind::Truncated},
+    {"UnclosedComment", "( /* x", 1, 3, Kind::Truncated},
+    {"BadTypedInteger", "<*I12x>", 1, 4, Kind::Number},
+    {"TypedIntegerTooLarge", "<*I18446744073709551616>", 1, 4, Kind::OutOfRange},
+    {"UnknownType", "<*F1>", 1, 3, Kind::UnknownType},
+    {"ImpossibleDate", "<*D2001-02-29 00:00:00 +0000>", 1, 4, Kind::Date},
+    {"UnclosedTypedValue", "<*I3", 1, 5, Kind::Truncated},
+    {"LoneBase64Character", "<[3]>", 1, 1, Kind::Data},
+    {"NulCharacter", QByteArray("(a,\0)", 5), 1, 4, Kind::Encoding},
+    {"InvalidUtf8", "(\"\xC3\x28\")", 1, 3, Kind::Encoding},
+    {"UnquotedSymbol", "{\xC2\xAC=A;}", 1, 2, Kind::Syntax},
+    {"UnpairedSurrogateInUtf16", utf16(u"(a,\xD800)", false, true), 1, 4, Kind::Encoding},
+    {"OddUtf16", "\xFE\xFF\x01", 1, 1, Kind::Encoding},
+    {"Empty", "", 1, 1, Kind::Empty},
+    {"TypedBooleanOtherThanYOrN", "<*BT>", 1, 4, Kind::Syntax},
 };
 
 void PrintTo(const BadText &row, std::ostream *out)
@@ -157,8 +161,7 @@ TEST_P(AsciiReaderErrors, ReportsWhatAndWhere)
     const BadText &row = GetParam();
     const ReadResult result = AsciiReader::read(row.text);
     ASSERT_FALSE(result) << "read as " << result.value.displayString().toStdString();
-    EXPECT_TRUE(result.error.message.contains(QString::fromUtf8(row.message)))
-        << result.error.message.toStdString();
+    EXPECT_EQ(result.error.kind, row.kind) << result.error.description().toStdString();
     EXPECT_EQ(result.error.line, row.line) << result.error.description().toStdString();
     EXPECT_EQ(result.error.column, row.column) << result.error.description().toStdString();
 }

@@ -1,5 +1,6 @@
 #include "storage/BinaryReader.h"
 #include "storage/BinaryWriter.h"
+#include "support/ReadErrorKind.h"
 #include "support/ValueBuilders.h"
 
 #include "shared/PlistArray.h"
@@ -15,6 +16,8 @@
 #include <vector>
 
 namespace {
+
+using Kind = ReadError::Kind;
 
 QByteArray bigEndian(quint64 value, int width)
 {
@@ -62,52 +65,52 @@ struct BadFile
 {
     const char *name;
     QByteArray bytes;
-    const char *fragment;
+    ReadError::Kind kind;
     qint64 offset; // -1: anywhere among the objects
 };
 
 const QByteArray kZeros(16, '0'); // eight zero bytes in hex
 
 const BadFile kBadFiles[] = {
-    {"NotBinary", "bplist1x" + QByteArray(40, '\0'), "magic", 0},
-    {"TruncatedTrailer", "bplist00" + QByteArray(31, '\0'), "at least 40 bytes", 0},
-    {"OffsetSizeZero", bplist({"00"}, {.offsetSize = 0}), "offset size", 15},
-    {"RefSizeNine", bplist({"00"}, {.refSize = 9}), "reference size", 17},
-    {"NoObjects", bplist({"00"}, {.objectCount = 0}), "at least one object", 18},
-    {"TopObjectOutOfRange", bplist({"00"}, {.topObject = 1}), "top object 1", 26},
-    {"TableInsideHeader", bplist({"00"}, {.tableOffset = 3}), "no room for objects", 34},
-    {"TablePastTheEnd", bplist({"00"}, {.tableOffset = 0xFF00}), "not before the trailer", 34},
-    {"OffsetTableOverlapsTrailer", bplist({"00"}, {.objectCount = 2}), "does not fit", 18},
+    {"NotBinary", "bplist1x" + QByteArray(40, '\0'), Kind::Header, 0},
+    {"TruncatedTrailer", "bplist00" + QByteArray(31, '\0'), Kind::Header, 0},
+    {"OffsetSizeZero", bplist({"00"}, {.offsetSize = 0}), Kind::Header, 15},
+    {"RefSizeNine", bplist({"00"}, {.refSize = 9}), Kind::Header, 17},
+    {"NoObjects", bplist({"00"}, {.objectCount = 0}), Kind::Header, 18},
+    {"TopObjectOutOfRange", bplist({"00"}, {.topObject = 1}), Kind::Header, 26},
+    {"TableInsideHeader", bplist({"00"}, {.tableOffset = 3}), Kind::Header, 34},
+    {"TablePastTheEnd", bplist({"00"}, {.tableOffset = 0xFF00}), Kind::Header, 34},
+    {"OffsetTableOverlapsTrailer", bplist({"00"}, {.objectCount = 2}), Kind::Header, 18},
     {"ObjectCountOverflow",
-     bplist({"00"}, {.offsetSize = 2, .objectCount = (quint64(1) << 63) + 1}), "does not fit", 19},
-    {"RefsTooNarrow", bplist(std::vector<QByteArray>(257, "00"), {.offsetSize = 2}),
-     "cannot reach all 257 objects", 786},
-    {"OffsetsTooNarrow", bplist({"4f11012c" + QByteArray(600, '0')}),
-     "cannot reach objects up to byte 311", 319},
+     bplist({"00"}, {.offsetSize = 2, .objectCount = (quint64(1) << 63) + 1}), Kind::Header, 19},
+    {"RefsTooNarrow", bplist(std::vector<QByteArray>(257, "00"), {.offsetSize = 2}), Kind::Header,
+     786},
+    {"OffsetsTooNarrow", bplist({"4f11012c" + QByteArray(600, '0')}), Kind::Header, 319},
     {"OffsetInsideHeader", bplist({"00", "02"}, {.objectCount = 1, .tableOffset = 9}),
-     "inside the header", 9},
+     Kind::Reference, 9},
     {"OffsetPastObjects", bplist({"00", "0a"}, {.objectCount = 1, .tableOffset = 9}),
-     "past the objects", 9},
-    {"ReferenceOutOfRange", bplist({"a105"}), "reference to object 5", 9},
-    {"Cycle", bplist({"a100"}), "reference cycle", 9},
-    {"CycleThroughSecondLevel", bplist({"a101", "a100"}), "reference cycle", 11},
-    {"ArrayCountLargerThanFile", bplist({"af127fffffff"}), "needs more than", 8},
-    {"DataLengthOverflow", bplist({"4f13ffffffffffffffff"}), "data of", 8},
-    {"Utf16LengthOverflow", bplist({"6f138000000000000001"}), "UTF-16 string", 8},
-    {"LengthNotAnInteger", bplist({"5f2300"}), "expected a length", 9},
-    {"TruncatedSixteenByteInteger", bplist({"140000"}), "integer of 16 bytes", 8},
-    {"ThirtyTwoByteInteger", bplist({"15" + kZeros.repeated(4)}), "1, 2, 4, 8 or 16 bytes", 8},
-    {"TwoByteReal", bplist({"210000"}), "real of 4 or 8 bytes", 8},
-    {"NanDate", bplist({"337ff8000000000000"}), "NaN", 8},
-    {"UnpairedHighSurrogate", bplist({"620061d800"}), "unpaired UTF-16 surrogate 0xd800", 11},
-    {"LoneLowSurrogate", bplist({"61dc00"}), "unpaired UTF-16 surrogate 0xdc00", 9},
-    {"InvalidUtf8InAscii", bplist({"51ff"}), "ASCII or UTF-8", 8},
-    {"BooleanKey", bplist({"d10201", "1001", "09"}), "found a boolean", 9},
-    {"DictionaryAsItsOwnKey", bplist({"d10000"}), "found a dictionary", 9},
-    {"Set", bplist({"c0"}), "set", 8},
-    {"FillReferenced", bplist({"0f"}), "fill byte", 8},
-    {"UidAbove64Bits", bplist({"8801" + kZeros}), "at most 64 bits", 8},
-    {"BillionLaughs", billionLaughs(), "expands to more than", -1},
+     Kind::Reference, 9},
+    {"ReferenceOutOfRange", bplist({"a105"}), Kind::Reference, 9},
+    {"Cycle", bplist({"a100"}), Kind::Cycle, 9},
+    {"CycleThroughSecondLevel", bplist({"a101", "a100"}), Kind::Cycle, 11},
+    {"ArrayCountLargerThanFile", bplist({"af127fffffff"}), Kind::Truncated, 8},
+    {"DataLengthOverflow", bplist({"4f13ffffffffffffffff"}), Kind::Truncated, 8},
+    {"Utf16LengthOverflow", bplist({"6f138000000000000001"}), Kind::Truncated, 8},
+    {"LengthNotAnInteger", bplist({"5f2300"}), Kind::Syntax, 9},
+    {"TruncatedSixteenByteInteger", bplist({"140000"}), Kind::Truncated, 8},
+    {"ThirtyTwoByteInteger", bplist({"15" + kZeros.repeated(4)}), Kind::Number, 8},
+    {"TwoByteReal", bplist({"210000"}), Kind::Number, 8},
+    {"NanDate", bplist({"337ff8000000000000"}), Kind::Date, 8},
+    {"UnpairedHighSurrogate", bplist({"620061d800"}), Kind::Encoding, 11},
+    {"LoneLowSurrogate", bplist({"61dc00"}), Kind::Encoding, 9},
+    {"InvalidUtf8InAscii", bplist({"51ff"}), Kind::Encoding, 8},
+    {"BooleanKey", bplist({"d10201", "1001", "09"}), Kind::Structure, 9},
+    {"DictionaryAsItsOwnKey", bplist({"d10000"}), Kind::Structure, 9},
+    {"Set", bplist({"c0"}), Kind::Unsupported, 8},
+    {"FillReferenced", bplist({"0f"}), Kind::Unsupported, 8},
+    {"UidAbove64Bits", bplist({"8801" + kZeros}), Kind::OutOfRange, 8},
+    {"BillionLaughs", billionLaughs(), Kind::TooLarge, -1},
+    {"UnknownMarker", bplist({"70"}), Kind::UnknownType, 8},
 };
 
 class BinaryReaderBadFiles : public testing::TestWithParam<BadFile>
@@ -118,8 +121,7 @@ TEST_P(BinaryReaderBadFiles, ReportsWhatAndWhere)
     const BadFile &row = GetParam();
     const ReadResult result = BinaryReader::read(row.bytes);
     ASSERT_FALSE(result) << "accepted";
-    EXPECT_TRUE(result.error.message.contains(QLatin1String(row.fragment)))
-        << result.error.description().toStdString();
+    EXPECT_EQ(result.error.kind, row.kind) << result.error.description().toStdString();
     if (row.offset >= 0)
         EXPECT_EQ(result.error.offset, row.offset) << result.error.description().toStdString();
     else

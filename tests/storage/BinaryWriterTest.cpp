@@ -70,7 +70,6 @@ std::vector<Encoding> encodings()
         {"NegativeInfinity", -std::numeric_limits<double>::infinity(), "23fff0000000000000"},
         {"DateOfYearOne", PlistValue::date(-63114076800.0), "33c22d63c8c5000000"},
         {"True", true, "09"},
-        {"Null", PlistValue::null(), "00"},
         {"SmallUid", PlistValue::uid(255), "80ff"},
         {"TwoByteUid", PlistValue::uid(256), "810100"},
         {"LargestUid", PlistValue::uid(std::numeric_limits<quint64>::max()), "87ffffffffffffffff"},
@@ -148,6 +147,12 @@ TEST(BinaryWriter, RefusesWhatAFileCannotHold)
 {
     EXPECT_FALSE(BinaryWriter::write(PlistValue()));
     EXPECT_FALSE(BinaryWriter::write(arrayOf({1, PlistValue()})));
+    for (const PlistValue &null : {PlistValue::null(), arrayOf({1, PlistValue::null()})}) {
+        const WriteResult refused = BinaryWriter::write(null);
+        EXPECT_TRUE(refused.error.contains(u"null cannot be written"))
+            << refused.error.toStdString();
+        EXPECT_TRUE(refused.data.isEmpty());
+    }
     PlistArray loop = PlistArray::create();
     loop.append(arrayOf({1}));
     loop.at(0).toArray().append(loop);

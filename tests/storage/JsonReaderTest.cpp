@@ -1,4 +1,5 @@
 #include "storage/JsonReader.h"
+#include "support/ReadErrorKind.h"
 
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
@@ -11,6 +12,8 @@
 #include <string_view>
 
 namespace {
+
+using Kind = ReadError::Kind;
 
 using namespace std::literals;
 
@@ -95,33 +98,35 @@ struct BadJson
     QByteArray text;
     int line;
     int column;
-    const char *message; // a part of it
+    Kind kind;
 };
 
 const BadJson kBadJson[] = {
-    {"Empty", "", 1, 1, "expected a value, found the end of the text"},
-    {"UnterminatedString", "[\"abc", 1, 2, "string is not closed"},
-    {"BadEscape", "[\"a\\x\"]", 1, 4, "invalid escape"},
-    {"ShortUnicodeEscape", "\"\\u12G4\"", 1, 6, "four hexadecimal digits"},
-    {"ControlCharacter", "[\"a\tb\"]", 1, 4, "control character 0x09"},
-    {"MissingComma", "[1 2]", 1, 4, "expected ',' or ']' after an array element, found '2'"},
-    {"MissingColon", "{\"a\" 1}", 1, 6, "expected ':' after the key \"a\""},
-    {"KeyNotString", "{a: 1}", 1, 2, "expected a string as key"},
-    {"TrailingComma", "[1,]", 1, 4, "expected a value, found ']'"},
-    {"TrailingGarbage", "{}\n x", 2, 2, "expected the end of the text after the value"},
-    {"TwoValues", "1 2", 1, 3, "expected the end of the text"},
-    {"UnbalancedBrackets", "[[1]]]", 1, 6, "expected the end of the text"},
-    {"Truncated", "{\"a\": [1,\n", 2, 1, "array opened at line 1, column 7 is not closed"},
-    {"LeadingZero", "[01]", 1, 2, "must not start with 0"},
-    {"BareMinus", "-", 1, 2, "expected a digit after '-'"},
-    {"PointWithoutDigits", "1.e5", 1, 3, "expected a digit after '.'"},
-    {"EmptyExponent", "1e+", 1, 4, "expected a digit in the exponent"},
-    {"TooLarge", "[1e400]", 1, 2, "too large for a double"},
-    {"MisspeltLiteral", "[nul]", 1, 2, "expected null, found 'nul'"},
-    {"SingleQuotes", "['a']", 1, 2, "expected a value, found '''"},
-    {"Comment", "// x\n1", 1, 1, "expected a value, found '/'"},
-    {"InvalidUtf8", "[\"\xED\xA0\x80\"]", 1, 3, "byte 0xed is not valid UTF-8"},
-    {"NulCharacter", QByteArray("[\"\0\"]", 5), 1, 3, "NUL character"},
+    {"Empty", "", 1, 1, Kind::Empty},
+    {"UnterminatedString", "[\"abc", 1, 2, Kind::Truncated},
+    {"BadEscape", "[\"a\\x\"]", 1, 4, Kind::Escape},
+    {"ShortUnicodeEscape", "\"\\u12G4\"", 1, 6, Kind::Escape},
+    {"ControlCharacter", "[\"a\tb\"]", 1, 4, Kind::Syntax},
+    {"MissingComma", "[1 2]", 1, 4, Kind::Syntax},
+    {"MissingColon", "{\"a\" 1}", 1, 6, Kind::Syntax},
+    {"KeyNotString", "{a: 1}", 1, 2, Kind::Syntax},
+    {"TrailingComma", "[1,]", 1, 4, Kind::Syntax},
+    {"TrailingGarbage", "{}\n x", 2, 2, Kind::TrailingContent},
+    {"TwoValues", "1 2", 1, 3, Kind::TrailingContent},
+    {"UnbalancedBrackets", "[[1]]]", 1, 6, Kind::TrailingContent},
+    {"Truncated", "{\"a\": [1,\n", 2, 1, Kind::Truncated},
+    {"LeadingZero", "[01]", 1, 2, Kind::Number},
+    {"BareMinus", "-", 1, 2, Kind::Number},
+    {"PointWithoutDigits", "1.e5", 1, 3, Kind::Number},
+    {"EmptyExponent", "1e+", 1, 4, Kind::Number},
+    {"TooLarge", "[1e400]", 1, 2, Kind::OutOfRange},
+    {"MisspeltLiteral", "[nul]", 1, 2, Kind::Syntax},
+    {"SingleQuotes", "['a']", 1, 2, Kind::Syntax},
+    {"Comment", "// x\n1", 1, 1, Kind::Syntax},
+    {"InvalidUtf8", "[\"\xED\xA0\x80\"]", 1, 3, Kind::Encoding},
+    {"NulCharacter", QByteArray("[\"\0\"]", 5), 1, 3, Kind::Encoding},
+    {"WhiteSpaceOnly", " \n", 2, 1, Kind::Truncated},
+    {"UnpairedSurrogateInUtf16", QByteArray("\0[\xD8\0\0]", 6), 1, 2, Kind::Encoding},
 };
 
 void PrintTo(const BadJson &row, std::ostream *out)
@@ -137,8 +142,7 @@ TEST_P(JsonReaderErrors, ReportsWhatAndWhere)
     const BadJson &row = GetParam();
     const ReadResult result = JsonReader::read(row.text);
     ASSERT_FALSE(result) << "read as " << result.value.displayString().toStdString();
-    EXPECT_TRUE(result.error.message.contains(QString::fromUtf8(row.message)))
-        << result.error.message.toStdString();
+    EXPECT_EQ(result.error.kind, row.kind) << result.error.description().toStdString();
     EXPECT_EQ(result.error.line, row.line) << result.error.description().toStdString();
     EXPECT_EQ(result.error.column, row.column) << result.error.description().toStdString();
 }

@@ -45,8 +45,9 @@ TEST(ParallelParts, CoversTheWorkOnceInPartsOfAtLeastTheMinimum)
         qsizetype next = 0;
         for (const auto &[from, to] : s.ranges) {
             EXPECT_EQ(from, next);
-            if (expected > 1)
+            if (expected > 1) {
                 EXPECT_GE(to - from, minimum);
+            }
             next = to;
         }
         EXPECT_EQ(next, count);

@@ -1,4 +1,5 @@
 #include "storage/XmlReader.h"
+#include "support/ReadErrorKind.h"
 #include "support/ValueBuilders.h"
 
 #include "shared/PlistArray.h"
@@ -188,54 +189,54 @@ TEST(XmlReaderNaN, ReadsEveryNaNAsTheOneQuietNaN)
 
 // --- refusals -----------------------------------------------------------------------
 
+using Kind = ReadError::Kind;
+
 struct BadXml
 {
     const char *name;
     QByteArray bytes;
     int line, column;
-    const char *message; // a part of the message
+    Kind kind;
 };
 
 const BadXml kBadXml[] = {
-    {"StrayCloseTag", "<plist></dict></plist>", 1, 8, "</dict> closes <plist> opened on line 1"},
-    {"KeyWithoutValue", "<plist><dict><key>a</key></dict></plist>", 1, 26,
-     "key \"a\" has no value"},
+    {"StrayCloseTag", "<plist></dict></plist>", 1, 8, Kind::MismatchedTag},
+    {"KeyWithoutValue", "<plist><dict><key>a</key></dict></plist>", 1, 26, Kind::Structure},
     {"ValueWithoutKey", "<plist><dict>\n  <string>x</string></dict></plist>", 2, 3,
-     "expected <key> in <dict>, found <string>"},
-    {"UnterminatedString", "<plist><string>abc", 1, 19, "<string> opened on line 1 is not closed"},
-    {"BadEntity", "<plist><string>a &nbsp; b</string></plist>", 1, 18, "unknown entity &nbsp;"},
-    {"EntityWithoutSemicolon", "<plist><string>&amp</string></plist>", 1, 16, "expected ';'"},
-    {"SurrogateReference", "<plist><string>&#xD800;</string></plist>", 1, 16, "is not a character"},
-    {"BadBase64", "<plist><data>\n  AAAA\n  AB*C</data></plist>", 3, 5, "expected Base64"},
-    {"Base64EndsMidByte", "<plist><data>AAAAA</data></plist>", 1, 19, "middle of a byte"},
+     Kind::Structure},
+    {"UnterminatedString", "<plist><string>abc", 1, 19, Kind::Truncated},
+    {"BadEntity", "<plist><string>a &nbsp; b</string></plist>", 1, 18, Kind::Escape},
+    {"EntityWithoutSemicolon", "<plist><string>&amp</string></plist>", 1, 16, Kind::Escape},
+    {"SurrogateReference", "<plist><string>&#xD800;</string></plist>", 1, 16, Kind::Escape},
+    {"BadBase64", "<plist><data>\n  AAAA\n  AB*C</data></plist>", 3, 5, Kind::Data},
+    {"Base64EndsMidByte", "<plist><data>AAAAA</data></plist>", 1, 19, Kind::Data},
     {"IntegerOverflow", "<plist><integer>18446744073709551616</integer></plist>", 1, 17,
-     "out of the 64-bit range"},
+     Kind::OutOfRange},
     {"NegativeOverflow", "<plist><integer>-9223372036854775809</integer></plist>", 1, 17,
-     "out of the 64-bit range"},
-    {"RealWithTrailingSpace", "<real>1.5 </real>", 1, 7, "expected a number"},
-    {"DateWithoutZone", "<date>2020-01-01T00:00:00</date>", 1, 7, "expected a date"},
-    {"TruncatedInput", "<plist>\n<array>\n<true/>", 3, 8, "<array> opened on line 2"},
-    {"WrongNesting", "<plist>\n<array>\n<dict>\n</array>", 4, 1,
-     "</array> closes <dict> opened on line 3"},
-    {"UnknownElement", "<plist><integr>1</integr></plist>", 1, 8, "unknown element <integr>"},
-    {"TextInContainer", "<plist><array>x</array></plist>", 1, 15, "text is not allowed in <array>"},
-    {"SecondValue", "<plist><true/><false/></plist>", 1, 15, "more than one value"},
-    {"EmptyPlist", "<plist>\n</plist>", 2, 1, "<plist> holds no value"},
-    {"KeyOutsideDict", "<plist><array><key>k</key></array></plist>", 1, 15,
-     "expected a value in <array>, found <key>"},
-    {"JunkAfterRoot", "<plist><true/></plist>\nmore", 2, 1, "expected the end of the input"},
-    {"ElementInString", "<string>a<b/></string>", 1, 10, "<b> is not allowed in <string>"},
-    {"LessThanInAttribute", "<plist a=\"<\"><true/></plist>", 1, 10, "'<' in an attribute"},
-    {"UnterminatedComment", "<plist><!-- never closed <true/></plist>", 1, 8,
-     "unterminated comment"},
+     Kind::OutOfRange},
+    {"RealWithTrailingSpace", "<real>1.5 </real>", 1, 7, Kind::Number},
+    {"DateWithoutZone", "<date>2020-01-01T00:00:00</date>", 1, 7, Kind::Date},
+    {"TruncatedInput", "<plist>\n<array>\n<true/>", 3, 8, Kind::Truncated},
+    {"WrongNesting", "<plist>\n<array>\n<dict>\n</array>", 4, 1, Kind::MismatchedTag},
+    {"UnknownElement", "<plist><integr>1</integr></plist>", 1, 8, Kind::UnknownType},
+    {"TextInContainer", "<plist><array>x</array></plist>", 1, 15, Kind::Syntax},
+    {"SecondValue", "<plist><true/><false/></plist>", 1, 15, Kind::Structure},
+    {"EmptyPlist", "<plist>\n</plist>", 2, 1, Kind::Structure},
+    {"KeyOutsideDict", "<plist><array><key>k</key></array></plist>", 1, 15, Kind::Structure},
+    {"JunkAfterRoot", "<plist><true/></plist>\nmore", 2, 1, Kind::TrailingContent},
+    {"ElementInString", "<string>a<b/></string>", 1, 10, Kind::Syntax},
+    {"LessThanInAttribute", "<plist a=\"<\"><true/></plist>", 1, 10, Kind::Syntax},
+    {"UnterminatedComment", "<plist><!-- never closed <true/></plist>", 1, 8, Kind::Truncated},
     {"DeclarationInDoctype", "<!DOCTYPE plist [<!ENTITY e \"x\">]><plist/>", 1, 18,
-     "declarations in the DOCTYPE are not supported"},
-    {"LateXmlDeclaration", "<!-- c --><?xml version=\"1.0\"?><true/>", 1, 11,
-     "the XML declaration must come first"},
-    {"InvalidUtf8", "<plist>\n<string>\xC3\x28</string></plist>", 2, 9, "invalid UTF-8"},
+     Kind::Unsupported},
+    {"LateXmlDeclaration", "<!-- c --><?xml version=\"1.0\"?><true/>", 1, 11, Kind::Syntax},
+    {"InvalidUtf8", "<plist>\n<string>\xC3\x28</string></plist>", 2, 9, Kind::Encoding},
     {"UnknownEncoding", "<?xml version=\"1.0\" encoding=\"foobar\"?><true/>", 1, 31,
-     "unsupported encoding \"foobar\""},
-    {"NotXml", "a;djflk", 1, 1, "expected <plist> or a value element"},
+     Kind::Encoding},
+    {"NotXml", "a;djflk", 1, 1, Kind::Syntax},
+    {"Empty", "", -1, -1, Kind::Empty},
+    {"PrologAlone", "<?xml version=\"1.0\"?>\n", 2, 1, Kind::Truncated},
+    {"CutInsideATag", "<plist><dict", 1, 13, Kind::Truncated},
 };
 
 class XmlReaderErrors : public testing::TestWithParam<BadXml>
@@ -246,8 +247,7 @@ TEST_P(XmlReaderErrors, ReportsWhereItFailed)
     const BadXml &row = GetParam();
     const ReadResult result = XmlReader::read(row.bytes);
     ASSERT_FALSE(result);
-    EXPECT_TRUE(result.error.message.contains(QString::fromUtf8(row.message)))
-        << qPrintable(result.error.message);
+    EXPECT_EQ(result.error.kind, row.kind) << qPrintable(result.error.description());
     EXPECT_EQ(result.error.line, row.line) << qPrintable(result.error.description());
     EXPECT_EQ(result.error.column, row.column) << qPrintable(result.error.description());
 }
@@ -281,20 +281,6 @@ QByteArray largeData(const QByteArray &bytes, const QByteArray &inside = {})
     return text;
 }
 
-// Reads `file` from a view and from a copy the reader may decode over; the two
-// must agree on the value or on the error and its position.
-ReadResult readBothWays(const QByteArray &file)
-{
-    const ReadResult viewed = XmlReader::read(QByteArrayView(file));
-    ReadResult taken = XmlReader::read(QByteArray(file.constData(), file.size()));
-    EXPECT_EQ(bool(taken), bool(viewed));
-    if (viewed && taken) {
-        EXPECT_TRUE(taken.value.isIdenticalTo(viewed.value));
-    }
-    EXPECT_EQ(taken.error.description(), viewed.error.description());
-    return taken;
-}
-
 TEST(XmlReaderLargeData, DecodesAnyContentTheSmallWayWould)
 {
     QByteArray bytes(300 * 1024, Qt::Uninitialized); // decoded in more than one step
@@ -307,10 +293,11 @@ TEST(XmlReaderLargeData, DecodesAnyContentTheSmallWayWould)
             const QByteArray file = plist(("<array><data>" + lead + largeData(bytes, inside) +
                                            "\n</data ><string>after</string></array>")
                                               .constData());
-            const ReadResult result = readBothWays(file);
+            const ReadResult result = XmlReader::read(file);
             ASSERT_TRUE(result) << inside.constData() << qPrintable(result.error.description());
             EXPECT_TRUE(result.value.isIdenticalTo(expected)) << inside.constData();
-            const ReadResult tight = readBothWays(QByteArray(file).replace("</data >", "</data>"));
+            const ReadResult tight =
+                XmlReader::read(QByteArray(file).replace("</data >", "</data>"));
             ASSERT_TRUE(tight) << qPrintable(tight.error.description());
             EXPECT_TRUE(tight.value.isIdenticalTo(expected)) << lead.size() << inside.constData();
         }
@@ -325,61 +312,37 @@ TEST(XmlReaderLargeData, ReportsMistakesWhereTheyAre)
     {
         QByteArray content;
         int line, column;
-        const char *message;
+        Kind kind;
     } rows[] = {
-        {good + "\n\t*AAA</data>", int(lines + 3), 2, "expected Base64"},
+        {good + "\n\t*AAA</data>", int(lines + 3), 2, Kind::Data},
         {good + "A</data>", int(lines + 2), int(good.size() - good.lastIndexOf('\n')) + 1,
-         "middle of a byte"},
+         Kind::Data},
         {good + "</date>", int(lines + 2), int(good.size() - good.lastIndexOf('\n')),
-         "</date> closes <data>"},
-        {good, int(lines + 2), int(good.size() - good.lastIndexOf('\n')), "is not closed"},
+         Kind::MismatchedTag},
+        {good, int(lines + 2), int(good.size() - good.lastIndexOf('\n')), Kind::Truncated},
     };
     for (const auto &row : rows) {
-        const ReadResult result =
-            readBothWays("<plist>\n<data>" + row.content + (row.content == good ? "" : "</plist>"));
-        ASSERT_FALSE(result) << row.message;
-        EXPECT_TRUE(result.error.message.contains(QString::fromUtf8(row.message)))
-            << qPrintable(result.error.message);
+        const ReadResult result = XmlReader::read("<plist>\n<data>" + row.content +
+                                                  (row.content == good ? "" : "</plist>"));
+        ASSERT_FALSE(result) << int(row.kind);
+        EXPECT_EQ(result.error.kind, row.kind) << qPrintable(result.error.description());
         EXPECT_EQ(result.error.line, row.line) << qPrintable(result.error.description());
         EXPECT_EQ(result.error.column, row.column) << qPrintable(result.error.description());
     }
 }
 
-// Line ends inside data decoded over its text still count for what comes after.
-TEST(XmlReaderLargeData, CountsLinesThroughDataDecodedInPlace)
+// Line ends inside large data still count for what comes after.
+TEST(XmlReaderLargeData, CountsLinesThroughLargeData)
 {
     const QByteArray good = largeData(QByteArray(300001, 'y')); // with padding
     const qsizetype lines = good.count('\n');
     for (const QByteArray lineEnd : {"\n", "\r\n", "\r"}) {
         const QByteArray file = "<plist>\n<data>" + QByteArray(good).replace("\n", lineEnd) +
                                 "\n</data>\n  <true/></plist>";
-        const ReadResult result = readBothWays(file);
+        const ReadResult result = XmlReader::read(file);
         ASSERT_FALSE(result);
         EXPECT_EQ(result.error.line, lines + 4) << qPrintable(result.error.description());
         EXPECT_EQ(result.error.column, 3) << qPrintable(result.error.description());
-    }
-}
-
-// Taken bytes are decoded over and shared by the data when data is most of
-// them; otherwise each value gets bytes of its own and the buffer can go.
-TEST(XmlReaderLargeData, SharesTakenBytesOnlyWhenDataIsMostOfThem)
-{
-    const QByteArray blob(200 * 1024, 'z');
-    for (const int filler : {0, 40000}) {
-        const QByteArray element = "<data>" + largeData(blob) + "\n</data>";
-        QByteArray file = "<plist><array>" + element + element +
-                          QByteArray("<string>filler</string>").repeated(filler) +
-                          "</array></plist>";
-        const char *begin = file.constData();
-        const char *end = begin + file.size();
-        const ReadResult result = XmlReader::read(std::move(file));
-        ASSERT_TRUE(result) << qPrintable(result.error.description());
-        for (const int i : {0, 1}) {
-            const QByteArray data = result.value.toArray().at(i).toData();
-            EXPECT_EQ(data, blob);
-            const bool shared = data.constData() >= begin && data.constData() < end;
-            EXPECT_EQ(shared, filler == 0) << filler << " " << i;
-        }
     }
 }
 
@@ -404,7 +367,8 @@ TEST(XmlReaderDepth, ReadsNestingOneHundredThousandDeep)
     const ReadResult unclosed =
         XmlReader::read("<plist>" + QByteArray("<dict><key>k</key>").repeated(kDepth));
     ASSERT_FALSE(unclosed);
-    EXPECT_TRUE(unclosed.error.message.contains(QStringLiteral("<dict> opened on line 1")));
+    EXPECT_EQ(unclosed.error.kind, Kind::Truncated);
+    EXPECT_EQ(unclosed.error.line, 1);
 }
 
 TEST(XmlReaderRecognizes, LooksAtTheFirstMarkupOnly)

@@ -9,6 +9,8 @@
 
 #include <QFile>
 
+#include "support/DefaultLocale.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -40,6 +42,7 @@ TEST(InfoPanelValues, ListBookmarkResourceValuesAsTheirDefaultViewersShowThem)
 
 TEST(InfoPanelValues, FlattenAnEmbeddedPropertyListOneLevel)
 {
+    const DefaultLocale english("en_US");
     ADValueViewerRegistry registry;
     PlistDictionary dictionary = PlistDictionary::create();
     dictionary.insert(QStringLiteral("flag"), PlistValue(true));

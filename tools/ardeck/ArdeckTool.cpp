@@ -7,6 +7,7 @@
 #include "shared/KZDataAdditions.h"
 #include "shared/KZError.h"
 #include "shared/KZReferenceDate.h"
+#include "shared/NumberText.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 #include "storage/PlistSerialization.h"
@@ -152,20 +153,12 @@ QString misfitMessage(const ADPlistObject::Misfit &misfit, ADPlistFormat format,
 
 bool parseInteger(const QString &text, PlistValue *out)
 {
-    bool ok = false;
-    if (text.startsWith(u"0x") || text.startsWith(u"0X")) {
-        const quint64 u = text.mid(2).toULongLong(&ok, 16);
-        *out = PlistValue(u);
-        return ok;
-    }
-    const qint64 i = text.toLongLong(&ok);
-    if (ok) {
-        *out = PlistValue(i);
-        return true;
-    }
-    const quint64 u = text.toULongLong(&ok);
-    *out = PlistValue(u);
-    return ok;
+    NumberText::Integer integer;
+    if (NumberText::parseInteger(text.toUtf8(), NumberText::Hexadecimal, integer) !=
+        NumberText::Status::Ok)
+        return false;
+    *out = integer.negative ? PlistValue(integer.toSigned()) : PlistValue(integer.magnitude);
+    return true;
 }
 
 std::optional<bool> parseBool(const QString &text)
@@ -190,9 +183,8 @@ PlistValue typedValue(const ArdeckOptions &options, QString *error)
         if (!parseInteger(text.trimmed(), &value))
             *error = QStringLiteral("\"%1\" is not an integer").arg(text);
     } else if (type == u"real") {
-        bool ok = false;
-        const double d = text.trimmed().toDouble(&ok);
-        if (ok)
+        double d = 0;
+        if (NumberText::parseReal(text.trimmed().toUtf8(), d) == NumberText::Status::Ok)
             value = PlistValue(d);
         else
             *error = QStringLiteral("\"%1\" is not a real number").arg(text);

@@ -10,6 +10,8 @@
 #include "shared/PlistDictionary.h"
 #include "viewers/formatters/ADFormatterClasses.h"
 
+#include "support/DefaultLocale.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -104,6 +106,7 @@ TEST(DictionaryFormatterOfValues, MapsNamesToValuesAndPassesOthersToTheRawFormat
 
 TEST(FormatterClasses, AreMadeByNameWithTheirProperties)
 {
+    const DefaultLocale english("en_US");
     ADRegisterFormatterClasses();
     PlistDictionary properties = PlistDictionary::create();
     properties.insert(QStringLiteral("floatFormat"), PlistValue(QStringLiteral("0.00")));
