@@ -16,6 +16,7 @@
 #include <memory>
 #include <vector>
 
+class ADPlistPasteboard;
 class ADUndoManager;
 class ADValueViewerRegistry;
 class KZUserDefaults;
@@ -162,6 +163,43 @@ public:
     /// The types the class cell offers for the item, in order.
     std::vector<ADPlistType> allowedPlistTypes(const ADPlistObject &item) const;
 
+    // --- editing commands: what each does to the tree and its undo name
+    /// Makes a child of `type` with its default value in `parent` at
+    /// `index`, selects it and, with `editOptions` (1 the key, 2 the value),
+    /// starts editing it. Named "New Child".
+    ADPlistObject *makeNewObjectOfType(ADPlistType type, ADPlistObject *parent, qint64 index,
+                                       const QString &key, quint64 editOptions);
+    /// A new first child of the clicked row's item; -1 takes the settings' default type.
+    void addChild(ADPlistType type = -1);
+    /// A new item just below the clicked row's item.
+    void addSibling(ADPlistType type = -1);
+    /// Wraps the selection in a new dictionary (or array) where it stood.
+    void addDictionaryWithSelection();
+    void addArrayWithSelection();
+    /// Moves the objects into `parent` at `index`; keys made unique there.
+    void movePlistObjects(const std::vector<ADPlistObject *> &objects, qint64 index,
+                          ADPlistObject *parent);
+    void copy();
+    void cut();
+    /// Inserts the clipboard's values below the clicked row.
+    void paste();
+    /// Inserts the clipboard's values at the top of each clicked container.
+    void pasteChild();
+    /// Copies the selection just below itself, leaving the clipboard alone.
+    void duplicate();
+    /// Removes the clicked items, selecting the survivor above them.
+    void deletePlist();
+    void removeItems(const std::vector<ADPlistObject *> &items);
+    void selectAndEditItems(const std::vector<ADPlistObject *> &items);
+    /// The items' values as one array (their parent is an array, or they are
+    /// the root) or one dictionary under their keys.
+    static void writePlistObjects(const std::vector<ADPlistObject *> &items,
+                                  ADPlistPasteboard &pasteboard);
+    /// Inserts the pasteboard's values at `index` of `parent`, keys made
+    /// unique; the new objects.
+    std::vector<ADPlistObject *> insertContentsOfPasteboard(const ADPlistPasteboard &pasteboard,
+                                                            qint64 index, ADPlistObject *parent);
+
     // --- commands and their validation
     /// Whether the named command is enabled now; a command with no rule is.
     bool validateCommand(const QString &command) const;
@@ -210,6 +248,10 @@ private:
     void observeCenter();
     void stopObservingCenter();
     bool notRoot(const ADPlistObject *item) const;
+    /// The row a command acts at: a right-clicked one, else the current selected row.
+    ADPlistObject *clickedRowItem() const;
+    void wrapSelection(ADPlistType type);
+    void setActionName(int number, const char *name);
     QItemSelection rowsOf(const std::vector<ADPlistObject *> &items) const;
 
     ADPlistOutlineModel _model;

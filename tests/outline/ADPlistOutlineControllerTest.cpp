@@ -2,9 +2,14 @@
 #include "support/ValueBuilders.h"
 
 #include "model/ADUndoManager.h"
+#include "outline/ADPlistPasteboard.h"
 #include "preferences/KZUserDefaults.h"
+#include "storage/PlistSerialization.h"
 
 #include <QAbstractItemModelTester>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -32,6 +37,13 @@ protected:
         controller.setPlistRoot(root);
         controller.model().expandItem(root.get());
         return root;
+    }
+    /// A command that runs its own outline update, grouped as one event's pass groups it.
+    template <typename Edit> void grouped(Edit &&edit)
+    {
+        undo.beginUndoGrouping();
+        edit();
+        undo.endUndoGrouping();
     }
     template <typename Edit> void command(Edit &&edit)
     {
@@ -302,6 +314,100 @@ TEST_F(ADPlistOutlineControllerTest, EditsCellsWithTheirViewersAndNamesTheUndo)
     controller.setPlistFormat(ADPlistFormatJSON);
     EXPECT_EQ(controller.allowedPlistTypes(*root),
               (std::vector<ADPlistType>{ADPlistTypeArray, ADPlistTypeDictionary}));
+}
+
+TEST_F(ADPlistOutlineControllerTest, MakesNewItemsAndWrapsTheSelection)
+{
+    const auto root = show(kSample);
+    controller.selectItems({root.get()});
+    grouped([&] { controller.addChild(ADPlistTypeString); });
+    EXPECT_EQ(shownKeys(root.get()).front(), QStringLiteral("New item"));
+    EXPECT_EQ(controller.selectedItems(), children(root.get(), {0})) << "the new row is selected";
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("New Child"));
+    grouped([&] { controller.addSibling(ADPlistTypeNumber); });
+    EXPECT_EQ(shownKeys(root.get()).mid(0, 2),
+              (QStringList{QStringLiteral("New item"), QStringLiteral("New item 2")}));
+    undo.undo();
+    undo.undo();
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "b", "c", "d"}));
+
+    // Two siblings go into a new dictionary where the first stood, in reverse order.
+    controller.selectItems(children(root.get(), {2, 3}));
+    grouped([&] { controller.addDictionaryWithSelection(); });
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "b", "New item"}));
+    ADPlistObject *wrapper = root->childForKey(QStringLiteral("New item"));
+    EXPECT_EQ(shownKeys(wrapper), (QStringList{"d", "c"}));
+    undo.undo();
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "b", "c", "d"}));
+
+    // One item keeps its key on the wrapper; the root's children all go one level down.
+    controller.selectItems({root->childForKey("a")});
+    grouped([&] { controller.addArrayWithSelection(); });
+    EXPECT_EQ(root->childForKey("a")->plist().toArray().at(0).toInteger(), 1);
+    controller.selectItems({root.get()});
+    grouped([&] { controller.addArrayWithSelection(); });
+    ASSERT_EQ(root->childCount(), 1);
+    EXPECT_EQ(root->childAtIndex(0)->childCount(), 4);
+    EXPECT_TRUE(root->childAtIndex(0)->plist().isArray());
+}
+
+TEST_F(ADPlistOutlineControllerTest, CopiesPastesDuplicatesAndDeletes)
+{
+    const auto root = show(kSample);
+    controller.selectItems(children(root.get(), {0, 2}));
+    controller.copy();
+    const QMimeData *clipboard = QGuiApplication::clipboard()->mimeData();
+    ASSERT_TRUE(clipboard->hasFormat(PlistObjectsPboardType));
+    EXPECT_TRUE(clipboard->text().contains(QStringLiteral("<key>c</key>")))
+        << "other programs get the text";
+
+    // Into the dictionary itself: the keys clash and are made unique.
+    controller.selectItems(children(root.get(), {3}));
+    grouped([&] { controller.paste(); });
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "b", "c", "d", "a 2", "c 2"}));
+    EXPECT_EQ(controller.selectedItems(), children(root.get(), {4, 5}));
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Paste"));
+    undo.undo();
+
+    // Into an array: the values alone, below the clicked row.
+    ADPlistObject *b = root->childForKey("b");
+    controller.model().expandItem(b);
+    controller.selectItems(children(b, {0}));
+    grouped([&] { controller.paste(); });
+    ASSERT_EQ(b->childCount(), 4);
+    EXPECT_EQ(b->childAtIndex(1)->plist().toInteger(), 1);
+    EXPECT_EQ(b->childAtIndex(2)->plist().toString(), QStringLiteral("x"));
+
+    // Duplicating leaves the user's clipboard alone.
+    QGuiApplication::clipboard()->setText(QStringLiteral("(7, 8, 9)"));
+    controller.selectItems(children(b, {3}));
+    grouped([&] { controller.duplicate(); });
+    EXPECT_EQ(b->childCount(), 5);
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Duplicate"));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("(7, 8, 9)"));
+
+    // Plist text from another program pastes as its values.
+    controller.selectItems({b});
+    grouped([&] { controller.pasteChild(); });
+    EXPECT_EQ(b->childCount(), 8);
+    EXPECT_EQ(b->childAtIndex(0)->plist().toString(), QStringLiteral("7"));
+
+    // Delete selects the survivor above; undo brings rows and selection back.
+    controller.selectItems(children(b, {1, 2}));
+    grouped([&] { controller.deletePlist(); });
+    EXPECT_EQ(b->childCount(), 6);
+    EXPECT_EQ(controller.selectedItems(), children(b, {0}));
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Delete"));
+    undo.undo();
+    EXPECT_EQ(b->childCount(), 8);
+    EXPECT_EQ(controller.selectedItems(), children(b, {1, 2}));
+
+    grouped([&] { controller.cut(); });
+    EXPECT_EQ(b->childCount(), 6);
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Cut"));
+    const std::optional<PlistValue> cut = ADPlistPasteboard::general().propertyList();
+    ASSERT_TRUE(cut);
+    EXPECT_EQ(cut->toArray().count(), 2);
 }
 
 } // namespace
