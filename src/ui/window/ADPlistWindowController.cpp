@@ -323,6 +323,55 @@ void ADPlistWindowController::buildMenus()
         [this] { _outlineController.redo(); }, outlineCommand(QStringLiteral("redo")))
         ->setShortcut(QKeySequence::Redo);
     edit->addSeparator();
+    const auto editableOutline = [this] { return _outlineController.isEditable(); };
+    addCommand(
+        edit, QStringLiteral("cut"), localized(7360, "Cu&t"), [this] { _outlineController.cut(); },
+        outlineCommand(QStringLiteral("cut")))
+        ->setShortcut(QKeySequence::Cut);
+    addCommand(
+        edit, QStringLiteral("copy"), localized(7361, "&Copy"),
+        [this] { _outlineController.copy(); }, outlineCommand(QStringLiteral("copy")))
+        ->setShortcut(QKeySequence::Copy);
+    addCommand(
+        edit, QStringLiteral("paste"), localized(7362, "&Paste"),
+        [this] { _outlineController.paste(); }, editableOutline)
+        ->setShortcut(QKeySequence::Paste);
+    addCommand(
+        edit, QStringLiteral("pasteChild"), localized(7363, "Paste as C&hild"),
+        [this] { _outlineController.pasteChild(); },
+        [this] {
+            const std::vector<ADPlistObject *> items = _outlineController.clickedItems();
+            return _outlineController.isEditable() && !items.empty() &&
+                   std::all_of(items.begin(), items.end(),
+                               [](const ADPlistObject *item) { return item->hasChildren(); });
+        })
+        ->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_V));
+    addCommand(
+        edit, QStringLiteral("duplicate"), localized(7364, "D&uplicate"),
+        [this] { _outlineController.duplicate(); }, outlineCommand(QStringLiteral("duplicate")))
+        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_D));
+    addCommand(
+        edit, QStringLiteral("delete"), localized(7365, "&Delete"),
+        [this] { _outlineController.deletePlist(); }, outlineCommand(QStringLiteral("delete")))
+        ->setShortcut(QKeySequence::Delete);
+    edit->addSeparator();
+    addCommand(
+        edit, QStringLiteral("addChild"), localized(7366, "New C&hild"),
+        [this] { _outlineController.addChild(); }, outlineCommand(QStringLiteral("addChild")))
+        ->setShortcut(QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_N));
+    addCommand(
+        edit, QStringLiteral("addSibling"), localized(7367, "New &Sibling"),
+        [this] { _outlineController.addSibling(); }, outlineCommand(QStringLiteral("addSibling")))
+        ->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
+    addCommand(
+        edit, QStringLiteral("addDictionaryWithSelection"), localized(7368, "Wrap in Dictionary"),
+        [this] { _outlineController.addDictionaryWithSelection(); },
+        outlineCommand(QStringLiteral("addDictionaryWithSelection")));
+    addCommand(
+        edit, QStringLiteral("addArrayWithSelection"), localized(7369, "Wrap in Array"),
+        [this] { _outlineController.addArrayWithSelection(); },
+        outlineCommand(QStringLiteral("addArrayWithSelection")));
+    edit->addSeparator();
     addCommand(
         edit, QStringLiteral("editKey"), localized(7323, "Edit &Key"),
         [this] {

@@ -218,4 +218,36 @@ TEST_F(ADPlistWindowControllerTest, ClosingTheWindowClosesTheDocument)
     EXPECT_EQ(document.window(), nullptr) << "the document no longer asks the window";
 }
 
+TEST_F(ADPlistWindowControllerTest, EditingKeysReachTheOutline)
+{
+    ADPlistWindowController &controller = open(kSample, ADPlistFormatXML);
+    ADPlistOutlineController &outline = controller.outlineController();
+    ADPlistObject *root = outline.plistRoot();
+    outline.selectItems({root->childForKey(QStringLiteral("name"))});
+    controller.refreshActions();
+    // Shortcuts reach the active window only.
+    controller.window()->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(controller.window()));
+    controller.outlineView()->setFocus();
+
+    QTest::keySequence(controller.window(), QKeySequence::Copy);
+    QTest::keySequence(controller.window(), QKeySequence::Paste);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(root->childForKey(QStringLiteral("name 2"))) << "pasted beside itself";
+
+    outline.selectItems({root->childForKey(QStringLiteral("count"))});
+    controller.refreshActions();
+    QTest::keySequence(controller.window(), QKeySequence::Delete);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(root->childForKey(QStringLiteral("count")));
+    EXPECT_EQ(document.undoManager().undoActionName(), QStringLiteral("Delete"));
+
+    document.plistRoot()->setPlist(PlistValue(QStringLiteral("scalar")));
+    QCoreApplication::processEvents();
+    outline.selectItems({outline.plistRoot()});
+    controller.refreshActions();
+    EXPECT_FALSE(controller.action(QStringLiteral("delete"))->isEnabled()) << "the root stays";
+    EXPECT_FALSE(controller.action(QStringLiteral("pasteChild"))->isEnabled());
+}
+
 } // namespace
