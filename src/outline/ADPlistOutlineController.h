@@ -200,6 +200,16 @@ public:
     std::vector<ADPlistObject *> insertContentsOfPasteboard(const ADPlistPasteboard &pasteboard,
                                                             qint64 index, ADPlistObject *parent);
 
+    // --- sort commands: ascending, each named for undo by the tree
+    void sortKeys();
+    /// Every dictionary of the tree, the selection kept on the same objects.
+    void sortAllKeys();
+    /// Sorts the selected containers' children by value (keys travel along).
+    void sortValues();
+    void sortAllValues();
+    /// Sorts the clicked containers' dictionaries by their value under `subkey`.
+    void sortBySubkey(const QString &subkey);
+
     // --- commands and their validation
     /// Whether the named command is enabled now; a command with no rule is.
     bool validateCommand(const QString &command) const;

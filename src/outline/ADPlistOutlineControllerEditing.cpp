@@ -1,5 +1,5 @@
 // The editing commands of the outline controller: new items, wrapping,
-// moving, the clipboard, duplicating and deleting.
+// moving, the clipboard, duplicating, deleting and sorting.
 
 #include "ADPlistOutlineController.h"
 
@@ -330,4 +330,45 @@ void ADPlistOutlineController::removeItems(const std::vector<ADPlistObject *> &i
                                   oldSelection);
     performOutlineUpdate([&] { parent->removeChildrenAtIndexes(indexes); });
     setActionName(211, "Delete");
+}
+
+void ADPlistOutlineController::sortKeys()
+{
+    const KZComparison comparison = ADKeySortPreferences::keySortSelector();
+    performOutlineUpdate([&] {
+        for (ADPlistObject *item : clickedItems())
+            item->sortKeysUsingSelector(comparison);
+    });
+}
+
+void ADPlistOutlineController::sortAllKeys()
+{
+    const std::vector<ADPlistObject *> selected = selectedItems();
+    const KZComparison comparison = ADKeySortPreferences::keySortSelector();
+    performOutlineUpdate([&] { _plistRoot->sortKeysUsingSelector(comparison, true); });
+    selectItems(selected);
+}
+
+void ADPlistOutlineController::sortValues()
+{
+    performOutlineUpdate([&] {
+        for (ADPlistObject *item : selectedItems())
+            item->sortValuesUsingSelector(KZComparison::PlistCompare);
+    });
+}
+
+void ADPlistOutlineController::sortAllValues()
+{
+    const std::vector<ADPlistObject *> selected = selectedItems();
+    performOutlineUpdate(
+        [&] { _plistRoot->sortValuesUsingSelector(KZComparison::PlistCompare, true); });
+    selectItems(selected);
+}
+
+void ADPlistOutlineController::sortBySubkey(const QString &subkey)
+{
+    performOutlineUpdate([&] {
+        for (ADPlistObject *item : clickedItems())
+            item->sortValuesBySubkey(subkey, KZComparison::PlistCompare);
+    });
 }

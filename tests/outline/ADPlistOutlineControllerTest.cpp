@@ -1,6 +1,7 @@
 #include "outline/ADPlistOutlineController.h"
 #include "support/ValueBuilders.h"
 
+#include "model/ADKeySortPreferences.h"
 #include "model/ADUndoManager.h"
 #include "outline/ADPlistPasteboard.h"
 #include "preferences/KZUserDefaults.h"
@@ -408,6 +409,45 @@ TEST_F(ADPlistOutlineControllerTest, CopiesPastesDuplicatesAndDeletes)
     const std::optional<PlistValue> cut = ADPlistPasteboard::general().propertyList();
     ASSERT_TRUE(cut);
     EXPECT_EQ(cut->toArray().count(), 2);
+}
+
+TEST_F(ADPlistOutlineControllerTest, SortsKeysValuesAndBySubkeyWithUndo)
+{
+    // Built in the file's order, then sorted by code point.
+    ADKeySortPreferences::setProvider([] {
+        return ADKeySortPreferences::Values{false, false, true};
+    });
+    const auto root = show(dictionaryOf(
+        {{"people", arrayOf({dictionaryOf({{"age", PlistValue(40)}}), str("nobody"),
+                             dictionaryOf({{"age", PlistValue(7)}}), dictionaryOf({})})},
+         {"list", arrayOf({PlistValue(9), PlistValue(4)})},
+         {"A", PlistValue(3)},
+         {"b", PlistValue(2)}}));
+    ADKeySortPreferences::setProvider([] { return ADKeySortPreferences::Values{}; });
+    ASSERT_EQ(shownKeys(root.get()), (QStringList{"people", "list", "A", "b"}));
+
+    controller.selectItems({root.get()});
+    grouped([&] { controller.sortKeys(); });
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"A", "b", "list", "people"}));
+    EXPECT_EQ(undo.undoActionName(), QStringLiteral("Sort Keys"));
+    undo.undo();
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"people", "list", "A", "b"}));
+
+    ADPlistObject *list = root->childForKey("list");
+    controller.selectItems({list});
+    grouped([&] { controller.sortAllValues(); });
+    EXPECT_EQ(list->childAtIndex(0)->plist().toInteger(), 4);
+    EXPECT_EQ(controller.selectedItems(), std::vector<ADPlistObject *>{list})
+        << "the selection stays on the same object";
+
+    ADPlistObject *people = root->childForKey("people");
+    controller.selectItems({people});
+    grouped([&] { controller.sortBySubkey(QStringLiteral("age")); });
+    EXPECT_EQ(people->childAtIndex(0)->plist().toDictionary().value(u"age").toInteger(), 7);
+    EXPECT_TRUE(people->childAtIndex(2)->plist().toDictionary().isEmpty())
+        << "dictionaries without the subkey come after those with it";
+    EXPECT_TRUE(people->childAtIndex(3)->plist().isString()) << "then everything else";
+    ADKeySortPreferences::setProvider({});
 }
 
 } // namespace

@@ -371,6 +371,32 @@ void ADPlistWindowController::buildMenus()
         edit, QStringLiteral("addArrayWithSelection"), localized(7369, "Wrap in Array"),
         [this] { _outlineController.addArrayWithSelection(); },
         outlineCommand(QStringLiteral("addArrayWithSelection")));
+    QMenu *sort = edit->addMenu(localized(7370, "S&ort"));
+    addCommand(
+        sort, QStringLiteral("sortKeys"), localized(7371, "Sort &Keys"),
+        [this] { _outlineController.sortKeys(); }, outlineCommand(QStringLiteral("sortKeys")));
+    addCommand(
+        sort, QStringLiteral("sortValues"), localized(7372, "Sort &Values"),
+        [this] { _outlineController.sortValues(); }, outlineCommand(QStringLiteral("sortValues")));
+    QMenu *bySubkey = sort->addMenu(localized(7373, "Sort by &Subkey"));
+    connect(bySubkey, &QMenu::aboutToShow, this, [this, bySubkey] {
+        bySubkey->clear();
+        for (const QString &subkey :
+             ADPlistOutlineController::allSubkeysOfItems(_outlineController.clickedItems()))
+            bySubkey->addAction(subkey, this,
+                                [this, subkey] { _outlineController.sortBySubkey(subkey); });
+    });
+    sort->addSeparator();
+    addCommand(
+        sort, QStringLiteral("sortAllKeys"), localized(7374, "Sort &All Keys"),
+        [this] { _outlineController.sortAllKeys(); },
+        outlineCommand(QStringLiteral("sortAllKeys")));
+    addCommand(
+        sort, QStringLiteral("sortAllValues"), localized(7375, "Sort All Va&lues"),
+        [this] { _outlineController.sortAllValues(); },
+        outlineCommand(QStringLiteral("sortAllValues")));
+    _validators.insert(bySubkey->menuAction(),
+                       outlineCommand(QStringLiteral("sortBySubkeyMenuAction")));
     edit->addSeparator();
     addCommand(
         edit, QStringLiteral("editKey"), localized(7323, "Edit &Key"),
