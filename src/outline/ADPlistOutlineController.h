@@ -200,6 +200,14 @@ public:
     std::vector<ADPlistObject *> insertContentsOfPasteboard(const ADPlistPasteboard &pasteboard,
                                                             qint64 index, ADPlistObject *parent);
 
+    // --- copying as text for other programs (plain text on the clipboard)
+    void copyAsSwiftLiteral();
+    void copyAsObjcLiteral();
+    /// The clicked values as JSON; the reason when JSON cannot hold them.
+    std::optional<QString> copyAsJSON();
+    /// The clicked items' key paths as `ardeck get` takes them, a line each.
+    void copyKeyPath();
+
     // --- sort commands: ascending, each named for undo by the tree
     void sortKeys();
     /// Every dictionary of the tree, the selection kept on the same objects.

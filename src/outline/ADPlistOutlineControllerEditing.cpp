@@ -3,10 +3,13 @@
 
 #include "ADPlistOutlineController.h"
 
+#include "ADObjcLiteralWriter.h"
 #include "ADPlistPasteboard.h"
+#include "ADSwiftLiteralWriter.h"
 
 #include "model/ADKeySortPreferences.h"
 #include "model/ADUndoManager.h"
+#include "model/ArdeckKeyPath.h"
 #include "preferences/ADPreferences.h"
 #include "preferences/KZUserDefaults.h"
 #include "shared/KZComparison.h"
@@ -14,7 +17,10 @@
 #include "shared/KZStringAdditions.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "storage/PlistSerialization.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QSet>
 #include <QTimer>
 
@@ -56,6 +62,31 @@ std::vector<ADPlistObject *> plainPointers(const std::vector<ADPlistObject::Poin
     for (const ADPlistObject::Pointer &object : objects)
         plain.push_back(object.get());
     return plain;
+}
+
+std::vector<PlistValue> valuesOf(const std::vector<ADPlistObject *> &items)
+{
+    std::vector<PlistValue> values;
+    for (const ADPlistObject *item : items)
+        values.push_back(item->plist());
+    return values;
+}
+
+// The items' values as one array (their parent is an array, or they are the
+// root) or one dictionary under their keys; the selection keeps them siblings.
+PlistValue collectionOf(const std::vector<ADPlistObject *> &items)
+{
+    const ADPlistObject *parent = items.front()->plistObjectParent();
+    if (!parent || !parent->hasKeys()) {
+        PlistArray values = PlistArray::create(qsizetype(items.size()));
+        for (const ADPlistObject *item : items)
+            values.append(item->plist());
+        return values.value();
+    }
+    PlistDictionary values = PlistDictionary::create(qsizetype(items.size()));
+    for (const ADPlistObject *item : items)
+        values.insert(item->key(), item->plist());
+    return values.value();
 }
 
 } // namespace
@@ -195,20 +226,8 @@ void ADPlistOutlineController::movePlistObjects(const std::vector<ADPlistObject 
 void ADPlistOutlineController::writePlistObjects(const std::vector<ADPlistObject *> &items,
                                                  ADPlistPasteboard &pasteboard)
 {
-    if (items.empty())
-        return;
-    const ADPlistObject *parent = items.front()->plistObjectParent();
-    if (!parent || !parent->hasKeys()) {
-        PlistArray values = PlistArray::create(qsizetype(items.size()));
-        for (const ADPlistObject *item : items)
-            values.append(item->plist());
-        pasteboard.writePropertyList(values.value());
-        return;
-    }
-    PlistDictionary values = PlistDictionary::create(qsizetype(items.size()));
-    for (const ADPlistObject *item : items)
-        values.insert(item->key(), item->plist());
-    pasteboard.writePropertyList(values.value());
+    if (!items.empty())
+        pasteboard.writePropertyList(collectionOf(items));
 }
 
 std::vector<ADPlistObject *>
@@ -371,4 +390,38 @@ void ADPlistOutlineController::sortBySubkey(const QString &subkey)
         for (ADPlistObject *item : clickedItems())
             item->sortValuesBySubkey(subkey, KZComparison::PlistCompare);
     });
+}
+
+void ADPlistOutlineController::copyAsSwiftLiteral()
+{
+    QGuiApplication::clipboard()->setText(
+        ADSwiftLiteralWriter(valuesOf(clickedItems())).swiftLiteral());
+}
+
+void ADPlistOutlineController::copyAsObjcLiteral()
+{
+    QGuiApplication::clipboard()->setText(
+        ADObjcLiteralWriter(valuesOf(clickedItems())).objcLiteral());
+}
+
+// One value as itself; several as the array or dictionary a copy makes of them.
+std::optional<QString> ADPlistOutlineController::copyAsJSON()
+{
+    const std::vector<ADPlistObject *> items = clickedItems();
+    if (items.empty())
+        return std::nullopt;
+    const PlistValue value = items.size() == 1 ? items.front()->plist() : collectionOf(items);
+    const WriteResult json = PlistSerialization::write(value, ADPlistFormatJSON, true);
+    if (!json)
+        return json.error;
+    QGuiApplication::clipboard()->setText(QString::fromUtf8(json.data));
+    return std::nullopt;
+}
+
+void ADPlistOutlineController::copyKeyPath()
+{
+    QStringList paths;
+    for (const ADPlistObject *item : clickedItems())
+        paths << ArdeckKeyPath::textOf(item->path());
+    QGuiApplication::clipboard()->setText(paths.join(u'\n'));
 }

@@ -450,4 +450,26 @@ TEST_F(ADPlistOutlineControllerTest, SortsKeysValuesAndBySubkeyWithUndo)
     ADKeySortPreferences::setProvider({});
 }
 
+TEST_F(ADPlistOutlineControllerTest, CopiesKeyPathsAndJsonAsText)
+{
+    const auto root = show(kSample);
+    ADPlistObject *b = root->childForKey("b");
+    controller.model().expandItem(b);
+    controller.selectItems(children(b, {1}));
+    controller.copyKeyPath();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("b.1"));
+
+    controller.selectItems(children(root.get(), {0, 2}));
+    ASSERT_FALSE(controller.copyAsJSON());
+    const ReadResult json =
+        PlistSerialization::readJson(QGuiApplication::clipboard()->text().toUtf8());
+    ASSERT_TRUE(json);
+    EXPECT_EQ(json.format, ADPlistFormatJSON);
+    EXPECT_TRUE(json.value.isEqualToPlist(dictionaryOf({{"a", PlistValue(1)}, {"c", str("x")}})));
+
+    controller.selectItems(children(root.get(), {3}));
+    controller.copyAsSwiftLiteral();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("true"));
+}
+
 } // namespace

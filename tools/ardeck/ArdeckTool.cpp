@@ -1,6 +1,6 @@
 #include "ArdeckTool.h"
 
-#include "ArdeckKeyPath.h"
+#include "model/ArdeckKeyPath.h"
 
 #include "model/ADKeySortPreferences.h"
 #include "model/ADPlistObject.h"

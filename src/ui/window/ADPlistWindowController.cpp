@@ -3,6 +3,7 @@
 #include "ADPlistWindow.h"
 
 #include "document/ADPlistDocument.h"
+#include "document/KZDocumentPresenter.h"
 #include "model/ADPlistNotifications.h"
 #include "model/ADUndoManager.h"
 #include "preferences/ADPreferences.h"
@@ -332,6 +333,31 @@ void ADPlistWindowController::buildMenus()
         edit, QStringLiteral("copy"), localized(7361, "&Copy"),
         [this] { _outlineController.copy(); }, outlineCommand(QStringLiteral("copy")))
         ->setShortcut(QKeySequence::Copy);
+    QMenu *copyAs = edit->addMenu(localized(7376, "Copy &As"));
+    addCommand(
+        copyAs, QStringLiteral("copyAsSwiftLiteral"), localized(7377, "Swift Literal"),
+        [this] { _outlineController.copyAsSwiftLiteral(); },
+        outlineCommand(QStringLiteral("copyAsSwiftLiteral")));
+    addCommand(
+        copyAs, QStringLiteral("copyAsObjcLiteral"), localized(7378, "Objective-C Literal"),
+        [this] { _outlineController.copyAsObjcLiteral(); },
+        outlineCommand(QStringLiteral("copyAsObjcLiteral")));
+    addCommand(
+        copyAs, QStringLiteral("copyAsJSON"), localized(7379, "JSON"),
+        [this] {
+            if (const std::optional<QString> failure = _outlineController.copyAsJSON())
+                _presenter->ask({localized(7380, "Could not copy as JSON"),
+                                 *failure,
+                                 {localized(7381, "OK")},
+                                 0},
+                                [](int) {});
+        },
+        outlineCommand(QStringLiteral("copy")));
+    addCommand(
+        copyAs, QStringLiteral("copyKeyPath"), localized(7382, "Key Path"),
+        [this] { _outlineController.copyKeyPath(); },
+        [this] { return !_outlineController.clickedItems().empty(); })
+        ->setShortcut(QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_C));
     addCommand(
         edit, QStringLiteral("paste"), localized(7362, "&Paste"),
         [this] { _outlineController.paste(); }, editableOutline)
