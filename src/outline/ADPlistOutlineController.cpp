@@ -70,6 +70,7 @@ ADPlistOutlineController::ADPlistOutlineController(KZUserDefaults &defaults, QOb
     : QObject(parent), _registry(std::make_unique<ADValueViewerRegistry>()), _defaults(defaults)
 {
     _showRawKeysAndValues = _defaults.boolForKey(ADPlistOutlineShowRawKeysAndValuesKey);
+    _model.setDragAndDrop(this);
     _registry->setSavePreferredViewerIdentifiers(
         _defaults.boolForKey(SavePreferredViewerIdentifiersKey));
     connect(&_defaults, &KZUserDefaults::valueChanged, this, [this](const QString &key) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ADOutlineDragAndDrop.h"
 #include "ADPlistOutlineModel.h"
 
 #include "model/ADPlistObject.h"
@@ -67,7 +68,7 @@ public:
 ///
 /// Owns its model and its value viewer registry; the root is shared with the
 /// document. Main thread.
-class ADPlistOutlineController : public QObject, public ADPlistParent
+class ADPlistOutlineController : public QObject, public ADPlistParent, public ADOutlineDragAndDrop
 {
     Q_OBJECT
 
@@ -199,6 +200,17 @@ public:
     /// unique; the new objects.
     std::vector<ADPlistObject *> insertContentsOfPasteboard(const ADPlistPasteboard &pasteboard,
                                                             qint64 index, ADPlistObject *parent);
+    /// The same for the elements of an array or the entries of a dictionary.
+    std::vector<ADPlistObject *> insertPropertyList(const PlistValue &list, qint64 index,
+                                                    ADPlistObject *parent);
+
+    // --- drag and drop: rows carry their values (as XML plist and text); a
+    // drop of this outline's own rows moves them, anything else is copied in,
+    // and a file or text from another program comes in as one value.
+    std::unique_ptr<QMimeData> mimeDataForItems(const std::vector<ADPlistObject *> &items) override;
+    bool validateDrop(const QMimeData *data, ADPlistObject *parent, qint64 index) const override;
+    bool acceptDrop(const QMimeData *data, Qt::DropAction action, ADPlistObject *parent,
+                    qint64 index) override;
 
     // --- copying as text for other programs (plain text on the clipboard)
     void copyAsSwiftLiteral();
@@ -270,6 +282,10 @@ private:
     ADPlistObject *clickedRowItem() const;
     void wrapSelection(ADPlistType type);
     void setActionName(int number, const char *name);
+    /// This outline's own rows that `data` carries, or none.
+    std::vector<ADPlistObject *> ownDraggedItems(const QMimeData *data) const;
+    /// What a drop from elsewhere brings: the list of values to insert.
+    static std::optional<PlistValue> droppedList(const QMimeData *data);
     QItemSelection rowsOf(const std::vector<ADPlistObject *> &items) const;
 
     ADPlistOutlineModel _model;
@@ -287,4 +303,6 @@ private:
     bool _editable = true;
     bool _showRawKeysAndValues = false;
     bool _updatingOutlineView = false;
+    std::vector<ADPlistObject::Pointer> _draggedItems; // of this outline's drag under way
+    quint64 _dragSerial = 0;
 };

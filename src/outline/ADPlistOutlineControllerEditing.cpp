@@ -17,12 +17,15 @@
 #include "shared/KZStringAdditions.h"
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
+#include "storage/PlistFileIO.h"
 #include "storage/PlistSerialization.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QMimeData>
 #include <QSet>
 #include <QTimer>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -88,6 +91,9 @@ PlistValue collectionOf(const std::vector<ADPlistObject *> &items)
         values.insert(item->key(), item->plist());
     return values.value();
 }
+
+// Marks a drag of this program's rows: which outline, and which of its drags.
+const QString kOutlineDragType = QStringLiteral("application/x-arbordeck-outline-drag");
 
 } // namespace
 
@@ -235,10 +241,17 @@ ADPlistOutlineController::insertContentsOfPasteboard(const ADPlistPasteboard &pa
                                                      qint64 index, ADPlistObject *parent)
 {
     const std::optional<PlistValue> list = pasteboard.propertyList();
-    if (!list || !parent || !parent->hasChildren())
+    return list ? insertPropertyList(*list, index, parent) : std::vector<ADPlistObject *>();
+}
+
+std::vector<ADPlistObject *> ADPlistOutlineController::insertPropertyList(const PlistValue &list,
+                                                                          qint64 index,
+                                                                          ADPlistObject *parent)
+{
+    if (!parent || !parent->hasChildren() || !list.isContainer())
         return {};
     _model.expandItem(parent);
-    const auto [values, sourceKeys] = valuesAndKeys(*list);
+    const auto [values, sourceKeys] = valuesAndKeys(list);
     QSet<QString> used;
     if (parent->hasKeys()) {
         for (const QString &key : parent->keys().value_or(QStringList()))
@@ -424,4 +437,101 @@ void ADPlistOutlineController::copyKeyPath()
     for (const ADPlistObject *item : clickedItems())
         paths << ArdeckKeyPath::textOf(item->path());
     QGuiApplication::clipboard()->setText(paths.join(u'\n'));
+}
+
+// --- drag and drop
+
+std::unique_ptr<QMimeData>
+ADPlistOutlineController::mimeDataForItems(const std::vector<ADPlistObject *> &items)
+{
+    std::vector<ADPlistObject *> siblings;
+    for (ADPlistObject *item : items) {
+        if (item->plistObjectParent() &&
+            item->plistObjectParent() == items.front()->plistObjectParent())
+            siblings.push_back(item);
+    }
+    if (siblings.empty())
+        return std::make_unique<QMimeData>();
+    std::unique_ptr<QMimeData> data =
+        ADPlistPasteboard::mimeDataForPropertyList(collectionOf(siblings));
+    _draggedItems.clear();
+    for (ADPlistObject *item : siblings)
+        _draggedItems.emplace_back(item);
+    data->setData(kOutlineDragType,
+                  QStringLiteral("%1:%2").arg(quintptr(this)).arg(++_dragSerial).toLatin1());
+    return data;
+}
+
+std::vector<ADPlistObject *> ADPlistOutlineController::ownDraggedItems(const QMimeData *data) const
+{
+    const QByteArray mark = QStringLiteral("%1:%2").arg(quintptr(this)).arg(_dragSerial).toLatin1();
+    if (!data || _draggedItems.empty() || data->data(kOutlineDragType) != mark)
+        return {};
+    std::vector<ADPlistObject *> items;
+    for (const ADPlistObject::Pointer &item : _draggedItems) {
+        if (!item->plistObjectParent())
+            return {}; // removed since the drag began
+        items.push_back(item.get());
+    }
+    return items;
+}
+
+std::optional<PlistValue> ADPlistOutlineController::droppedList(const QMimeData *data)
+{
+    if (!data)
+        return std::nullopt;
+    // Rows of another outline of the program come in as they were.
+    if (data->hasFormat(kOutlineDragType))
+        return ADPlistPasteboard::propertyListFromMimeData(data);
+    // A file or text from elsewhere comes in as one value.
+    PlistValue value;
+    if (data->hasUrls() && data->urls().front().isLocalFile()) {
+        value = PlistFileIO::readPlistFromFile(data->urls().front().toLocalFile(), false, nullptr,
+                                               nullptr);
+    } else if (data->hasText()) {
+        value = PlistFileIO::readPlistFromData(data->text().toUtf8(), QString(), nullptr, nullptr);
+    }
+    if (value.isNone())
+        return std::nullopt;
+    PlistArray one = PlistArray::create(1);
+    one.append(std::move(value));
+    return one.value();
+}
+
+bool ADPlistOutlineController::validateDrop(const QMimeData *data, ADPlistObject *parent,
+                                            qint64) const
+{
+    if (!_editable || !parent || !parent->hasChildren() || !data)
+        return false;
+    const std::vector<ADPlistObject *> own = ownDraggedItems(data);
+    // Nothing goes into itself or below itself.
+    for (const ADPlistObject *up = parent; up; up = up->plistObjectParent()) {
+        if (std::find(own.begin(), own.end(), up) != own.end())
+            return false;
+    }
+    return !own.empty() || data->hasFormat(PlistObjectsPboardType) || data->hasText() ||
+           data->hasUrls();
+}
+
+bool ADPlistOutlineController::acceptDrop(const QMimeData *data, Qt::DropAction action,
+                                          ADPlistObject *parent, qint64 index)
+{
+    if (!validateDrop(data, parent, index))
+        return false;
+    if (index < 0)
+        index = parent->childCount();
+    const std::vector<ADPlistObject *> own = ownDraggedItems(data);
+    if (!own.empty() && action == Qt::MoveAction) {
+        movePlistObjects(own, index, parent);
+        selectItems(own);
+        _draggedItems.clear();
+        return true;
+    }
+    const std::optional<PlistValue> list = droppedList(data);
+    if (!list)
+        return false;
+    const std::vector<ADPlistObject *> inserted = insertPropertyList(*list, index, parent);
+    selectItems(inserted);
+    setActionName(202, "Paste");
+    return !inserted.empty();
 }

@@ -1,5 +1,10 @@
 #include "ADPlistOutlineModel.h"
 
+#include "ADOutlineDragAndDrop.h"
+#include "ADPlistPasteboard.h"
+
+#include <QMimeData>
+
 #include "ADOutlineSelectionModel.h"
 
 #include "shared/KZLocalizedString.h"
@@ -289,7 +294,54 @@ Qt::ItemFlags ADPlistOutlineModel::flags(const QModelIndex &index) const
         }
         break;
     }
+    if (_dragAndDrop && node->plistObjectParent())
+        flags |= Qt::ItemIsDragEnabled;
+    if (_dragAndDrop && node->hasChildren())
+        flags |= Qt::ItemIsDropEnabled;
     return editable ? flags | Qt::ItemIsEditable : flags;
+}
+
+// --- drag and drop ---------------------------------------------------------------------------
+
+QStringList ADPlistOutlineModel::mimeTypes() const
+{
+    return {PlistObjectsPboardType, QStringLiteral("text/plain"), QStringLiteral("text/uri-list")};
+}
+
+QMimeData *ADPlistOutlineModel::mimeData(const QModelIndexList &indexes) const
+{
+    if (!_dragAndDrop)
+        return nullptr;
+    std::vector<ADPlistObject *> items;
+    for (const QModelIndex &index : indexes) {
+        ADPlistObject *item = itemForIndex(index);
+        if (item && std::find(items.begin(), items.end(), item) == items.end())
+            items.push_back(item);
+    }
+    std::sort(items.begin(), items.end(), &ADPlistOutlineModel::isBefore);
+    return _dragAndDrop->mimeDataForItems(items).release(); // the view owns it
+}
+
+Qt::DropActions ADPlistOutlineModel::supportedDragActions() const
+{
+    return Qt::CopyAction | Qt::MoveAction;
+}
+
+Qt::DropActions ADPlistOutlineModel::supportedDropActions() const
+{
+    return Qt::CopyAction | Qt::MoveAction;
+}
+
+bool ADPlistOutlineModel::canDropMimeData(const QMimeData *data, Qt::DropAction, int row, int,
+                                          const QModelIndex &parent) const
+{
+    return _dragAndDrop && _dragAndDrop->validateDrop(data, itemForIndex(parent), row);
+}
+
+bool ADPlistOutlineModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int,
+                                       const QModelIndex &parent)
+{
+    return _dragAndDrop && _dragAndDrop->acceptDrop(data, action, itemForIndex(parent), row);
 }
 
 // --- outline operations ------------------------------------------------------------------

@@ -16,6 +16,7 @@
 #include <optional>
 
 class ADValueViewerRegistry;
+class ADOutlineDragAndDrop;
 class ADOutlineSelectionModel;
 
 /// The outline of one tree as a Qt item model: one top row, the root, and
@@ -120,6 +121,17 @@ public:
                         int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
+    // --- drag and drop, decided by the handler (none: no drags, no drops)
+    void setDragAndDrop(ADOutlineDragAndDrop *handler) { _dragAndDrop = handler; }
+    QStringList mimeTypes() const override;
+    QMimeData *mimeData(const QModelIndexList &indexes) const override;
+    Qt::DropActions supportedDragActions() const override;
+    Qt::DropActions supportedDropActions() const override;
+    bool canDropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                         const QModelIndex &parent) const override;
+    bool dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                      const QModelIndex &parent) override;
+
 signals:
     /// The expansion of an item changed here; a view follows.
     void expansionChanged(const QModelIndex &index, bool expanded);
@@ -154,4 +166,5 @@ private:
     std::optional<Announcing> _announcing;
     QSet<QPersistentModelIndex> _expanded;
     std::unique_ptr<ADOutlineSelectionModel> _selection;
+    ADOutlineDragAndDrop *_dragAndDrop = nullptr;
 };

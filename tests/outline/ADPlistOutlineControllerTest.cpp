@@ -9,9 +9,11 @@
 
 #include <QAbstractItemModelTester>
 #include <QClipboard>
+#include <QFile>
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QTemporaryDir>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -470,6 +472,64 @@ TEST_F(ADPlistOutlineControllerTest, CopiesKeyPathsAndJsonAsText)
     controller.selectItems(children(root.get(), {3}));
     controller.copyAsSwiftLiteral();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("true"));
+}
+
+TEST_F(ADPlistOutlineControllerTest, DropsMoveOwnRowsAndTakeOthersAsValues)
+{
+    const auto root = show(kSample);
+    ADPlistOutlineModel &model = controller.model();
+    ADPlistObject *b = root->childForKey("b");
+    model.expandItem(b);
+    const QModelIndex list = model.indexForItem(b);
+
+    // Two rows of the dictionary dragged into the array: they move, keys dropped.
+    std::unique_ptr<QMimeData> rows(model.mimeData(
+        {model.indexForItem(root->childForKey("a")), model.indexForItem(root->childForKey("c"))}));
+    EXPECT_TRUE(rows->text().contains(QStringLiteral("<key>a</key>"))) << "out as text";
+    EXPECT_FALSE(model.canDropMimeData(rows.get(), Qt::MoveAction, 0, 0,
+                                       model.indexForItem(root->childForKey("a"))))
+        << "not into a scalar";
+    grouped([&] { EXPECT_TRUE(model.dropMimeData(rows.get(), Qt::MoveAction, 2, 0, list)); });
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"b", "d"}));
+    ASSERT_EQ(b->childCount(), 4);
+    EXPECT_EQ(b->childAtIndex(2)->plist().toString(), QStringLiteral("x"));
+    EXPECT_EQ(b->childAtIndex(3)->plist().toInteger(), 1);
+    undo.undo();
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "b", "c", "d"}));
+
+    // Another outline, as another window has it, takes copies of the rows.
+    ADPlistOutlineController other(defaults);
+    other.setNotificationCenter(&center);
+    other.setUndoManager(&undo);
+    const auto otherRoot = ADPlistObject::createWithPlist(arrayOf({}).kz_copyMutableContainers());
+    other.setPlistRoot(otherRoot);
+    grouped([&] {
+        EXPECT_TRUE(other.model().dropMimeData(rows.get(), Qt::MoveAction, -1, 0,
+                                               other.model().indexForItem(otherRoot.get())));
+    });
+    EXPECT_EQ(otherRoot->childCount(), 2);
+    EXPECT_EQ(shownKeys(root.get()), (QStringList{"a", "b", "c", "d"})) << "the source keeps them";
+
+    // A container never goes into itself.
+    std::unique_ptr<QMimeData> self(model.mimeData({list}));
+    EXPECT_FALSE(model.canDropMimeData(self.get(), Qt::MoveAction, 0, 0, list));
+
+    // Text and files from other programs come in as one value each.
+    QMimeData text;
+    text.setText(QStringLiteral("{ x = 1; }"));
+    grouped([&] { EXPECT_TRUE(model.dropMimeData(&text, Qt::CopyAction, -1, 0, list)); });
+    ASSERT_EQ(b->childCount(), 3);
+    EXPECT_TRUE(b->childAtIndex(2)->hasKeys());
+    QTemporaryDir files;
+    const QString path = files.filePath(QStringLiteral("drop.plist"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(PlistSerialization::write(arrayOf({str("f")}), ADPlistFormatBinary).data);
+    file.close();
+    QMimeData dropped;
+    dropped.setUrls({QUrl::fromLocalFile(path)});
+    grouped([&] { EXPECT_TRUE(model.dropMimeData(&dropped, Qt::CopyAction, 0, 0, list)); });
+    EXPECT_TRUE(b->childAtIndex(0)->plist().isArray());
 }
 
 } // namespace

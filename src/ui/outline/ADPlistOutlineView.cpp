@@ -26,6 +26,10 @@ ADPlistOutlineView::ADPlistOutlineView(ADPlistOutlineController &controller, QWi
     setSelectionBehavior(SelectRows);
     setEditTriggers(DoubleClicked | EditKeyPressed | SelectedClicked);
     setAllColumnsShowFocus(true);
+    // Rows move within the outline, copy to other windows, and go out as text.
+    setDragDropMode(DragDrop);
+    setDefaultDropAction(Qt::MoveAction);
+    setDropIndicatorShown(true);
     setAlternatingRowColors(true);
     setAccessibleName(tr("Property list outline"));
     header()->setStretchLastSection(true);
