@@ -3,13 +3,18 @@
 // opening the root again, scrolling to the end, selecting all, and deleting
 // every other row of the root with the undo of it, each through its repaint.
 // Best of a few runs each; `--size-mb=N` for other files (100 by default),
-// `--shape=NAME` for one of the two.
+// `--shape=NAME` for one of the two. `--edits` times the editing commands
+// instead: pasting a 100,000-entry dictionary, deleting 100,000 selected rows
+// and sorting a 1,000,000-element array, each with its undo.
 
 #include "storage/BenchShapes.h"
 
 #include "model/ADUndoManager.h"
+#include "outline/ADPlistPasteboard.h"
 #include "preferences/KZUserDefaults.h"
 #include "shared/KZNotificationCenter.h"
+#include "shared/PlistArray.h"
+#include "shared/PlistDictionary.h"
 #include "storage/PlistSerialization.h"
 #include "ui/outline/ADPlistOutlineView.h"
 
@@ -110,6 +115,70 @@ std::map<std::string, double> runOnce(const PlistValue &value)
     return figures;
 }
 
+PlistValue numbers(qint64 count, bool shuffled)
+{
+    PlistArray values = PlistArray::create(count);
+    quint64 state = 88172645463325252ull;
+    for (qint64 i = 0; i < count; ++i) {
+        state ^= state << 13;
+        state ^= state >> 7;
+        state ^= state << 17;
+        values.append(PlistValue(shuffled ? qint64(state % 10000000) : i));
+    }
+    return values.value();
+}
+
+// A command through its repaint, then its undo through the next.
+void timeWithUndo(const char *name, Outline &outline, const std::function<void()> &command)
+{
+    const double done = seconds([&] {
+        command();
+        outline.paint();
+    });
+    const double undone = seconds([&] {
+        outline.controller.undo();
+        outline.paint();
+    });
+    std::printf("%-28s %8.3fs  undo %8.3fs  together %8.3fs\n", name, done, undone, done + undone);
+}
+
+void runEdits()
+{
+    {
+        Outline outline;
+        const auto root = ADPlistObject::createWithPlist(
+            PlistDictionary::create().value().kz_copyMutableContainers());
+        outline.controller.setPlistRoot(root);
+        PlistDictionary entries = PlistDictionary::create(100000);
+        for (int i = 0; i < 100000; ++i)
+            entries.insert(QStringLiteral("key %1").arg(i, 6, 10, QLatin1Char('0')), PlistValue(i));
+        ADPlistPasteboard::general().writePropertyList(entries.value());
+        outline.controller.selectItems({root.get()});
+        outline.paint();
+        timeWithUndo("paste 100,000 entries", outline, [&] { outline.controller.pasteChild(); });
+    }
+    {
+        Outline outline;
+        const auto root = ADPlistObject::createWithPlist(numbers(150000, false));
+        outline.controller.setPlistRoot(root);
+        std::vector<ADPlistObject *> rows;
+        for (qint64 i = 25000; i < 125000; ++i)
+            rows.push_back(root->childAtIndex(i));
+        outline.controller.selectItems(rows);
+        outline.paint();
+        timeWithUndo("delete 100,000 selected rows", outline,
+                     [&] { outline.controller.deletePlist(); });
+    }
+    {
+        Outline outline;
+        const auto root = ADPlistObject::createWithPlist(numbers(1000000, true));
+        outline.controller.setPlistRoot(root);
+        outline.controller.selectItems({root.get()});
+        outline.paint();
+        timeWithUndo("sort 1,000,000 values", outline, [&] { outline.controller.sortValues(); });
+    }
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -117,6 +186,10 @@ int main(int argc, char **argv)
     if (!std::getenv("QT_QPA_PLATFORM"))
         setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QApplication app(argc, argv);
+    if (argc > 1 && QLatin1StringView(argv[1]) == QLatin1StringView("--edits")) {
+        runEdits();
+        return 0;
+    }
     qint64 megabytes = 100;
     std::vector<BenchShape> shapes{BenchShape::Records, BenchShape::Wide};
     for (int i = 1; i < argc; ++i) {

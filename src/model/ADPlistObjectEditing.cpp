@@ -13,7 +13,9 @@
 #include "shared/PlistArray.h"
 #include "shared/PlistDictionary.h"
 
+#include <algorithm>
 #include <numeric>
+#include <optional>
 
 namespace {
 
@@ -38,6 +40,37 @@ int compareSortValues(KZComparison comparison, const ADPlistObject *a, const ADP
     if (a)
         return a->compareUsingSelector(comparison, b);
     return b ? -b->compareUsingSelector(comparison, nullptr) : 0;
+}
+
+// The stable order of a container's values when none is a container (or a
+// keyed-archiver UID): the order `compareUsingSelector` gives their nodes.
+std::optional<std::vector<qint64>> leafOrder(const PlistValue &container, KZComparison comparison)
+{
+    const qint64 count = container.containerCount();
+    for (qint64 i = 0; i < count; ++i) {
+        const PlistValue &value = container.containerValueAt(i);
+        if (value.isContainer() || value.kind() == PlistValue::Kind::Uid ||
+            value.kind() == PlistValue::Kind::None)
+            return std::nullopt;
+    }
+    const KZComparison keySort = ADKeySortPreferences::keySortSelector();
+    const auto compare = [&](const PlistValue &a, const PlistValue &b) {
+        if (comparison != KZComparison::PlistCompare)
+            return KZCompareValues(comparison, a, b);
+        const ADPlistType mine = a.plistType();
+        const ADPlistType theirs = b.plistType();
+        if (mine != theirs)
+            return mine < theirs ? -1 : 1;
+        if (mine == ADPlistTypeString)
+            return KZCompareStrings(keySort, a.stringView(), b.stringView());
+        return a.plistCompare(b);
+    };
+    std::vector<qint64> order(static_cast<size_t>(count));
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [&](qint64 a, qint64 b) {
+        return compare(container.containerValueAt(a), container.containerValueAt(b)) < 0;
+    });
+    return order;
 }
 
 } // namespace
@@ -346,6 +379,11 @@ void ADPlistObject::sortValuesUsingSelector(KZComparison comparison, bool sortRe
         work.pop_back();
         if (!node->hasChildren())
             continue;
+        // Leaves alone sort on their plain values, without a node for each.
+        if (std::optional<std::vector<qint64>> order = leafOrder(node->_plist, comparison)) {
+            node->reorderChildrenUsingMap(context, KZIndexMap(std::move(*order)), {});
+            continue;
+        }
         const std::vector<Pointer> children =
             node->childrenAtIndexes(KZIndexSet::range(0, node->childCount()));
         node->reorderChildrenUsingMap(

@@ -363,6 +363,11 @@ TEST_F(ADPlistOutlineControllerTest, CopiesPastesDuplicatesAndDeletes)
     ASSERT_TRUE(clipboard->hasFormat(PlistObjectsPboardType));
     EXPECT_TRUE(clipboard->text().contains(QStringLiteral("<key>c</key>")))
         << "other programs get the text";
+    const PlistValue copied = dictionaryOf({{"a", PlistValue(1)}, {"c", str("x")}});
+    for (const QByteArray &form :
+         {clipboard->data(PlistObjectsPboardType), clipboard->text().toUtf8()})
+        EXPECT_TRUE(PlistSerialization::read(form).value.isEqualToPlist(copied))
+            << "each form the clipboard carries reads back as the copied values";
 
     // Into the dictionary itself: the keys clash and are made unique.
     controller.selectItems(children(root.get(), {3}));
