@@ -11,25 +11,11 @@
 #include "shared/PlistDictionary.h"
 
 #include <QFile>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-// Keeps the preferred viewers file in the test folders, and starts it empty.
-class PreferredViewersInTestFolders : public testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        QFile::remove(ADValueViewer::preferredViewerStoragePath());
-    }
-};
-const auto *const kEnvironment =
-    testing::AddGlobalTestEnvironment(new PreferredViewersInTestFolders);
 
 // A definition element of a test's own making, found for every node whose key it names.
 class TestElement : public ADValueViewerElement
