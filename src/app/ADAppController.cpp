@@ -179,20 +179,23 @@ void ADAppController::processFiles(const QStringList &items, OpenCompletion done
     }
 }
 
-QString ADAppController::openPlistTextFromClipboard()
+// The raw-text question a document asks of text that does not read may be
+// answered later, so the failure, if any, comes when the answer does.
+void ADAppController::openPlistTextFromClipboard(std::function<void(const QString &failure)> done)
 {
     const QString text = QGuiApplication::clipboard()->text();
     if (text.isEmpty()) {
-        return KZLocalizedStringWithID(
+        done(KZLocalizedStringWithID(
             50,
-            QStringLiteral("Could not open property list text: no string present in selection"));
+            QStringLiteral("Could not open property list text: no string present in selection")));
+        return;
     }
-    auto failed = std::make_shared<bool>(false);
     _documentController->createDocumentWithPlistData(
-        text.toUtf8(), [failed](ADPlistDocument *document) { *failed = !document; });
-    return *failed ? KZLocalizedStringWithID(
-                         49, QStringLiteral("Could not create plist document for text"))
-                   : QString();
+        text.toUtf8(), [done = std::move(done)](ADPlistDocument *document) {
+            done(document ? QString()
+                          : KZLocalizedStringWithID(
+                                49, QStringLiteral("Could not create plist document for text")));
+        });
 }
 
 void ADAppController::openPlistData(const QByteArray &data)
@@ -240,9 +243,10 @@ void ADAppController::makeWindowController(ADPlistDocument *document)
     connect(window, &ADPlistWindowController::openDocumentRequested, this,
             &ADAppController::openDocument);
     connect(window, &ADPlistWindowController::openClipboardRequested, this, [this, window] {
-        const QString failure = openPlistTextFromClipboard();
-        if (!failure.isNull())
-            showMessage(window->window(), QMessageBox::Warning, QString(), failure);
+        openPlistTextFromClipboard([window = QPointer(window)](const QString &failure) {
+            if (window && !failure.isNull())
+                showMessage(window->window(), QMessageBox::Warning, QString(), failure);
+        });
     });
     connect(window, &ADPlistWindowController::quitRequested, this, &ADAppController::terminate);
     connect(window, &ADPlistWindowController::windowClosed, this, [this, window] {

@@ -55,8 +55,9 @@ public:
     /// Opens files: a folder among them opens nothing (folders belong to the
     /// file browser). `done` gets the documents and the errors, once.
     void processFiles(const QStringList &items, OpenCompletion done);
-    /// The plist text on the clipboard as a new document; the failure's text, or a null string.
-    QString openPlistTextFromClipboard();
+    /// The plist text on the clipboard as a new document; `done` gets the
+    /// failure's text, or a null string, once it is known.
+    void openPlistTextFromClipboard(std::function<void(const QString &failure)> done);
     /// Plist data handed over whole as a new document, with its window.
     void openPlistData(const QByteArray &data);
 

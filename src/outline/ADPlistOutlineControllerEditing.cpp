@@ -7,6 +7,7 @@
 #include "ADPlistPasteboard.h"
 #include "ADSwiftLiteralWriter.h"
 
+#include "model/ADKeyOrder.h"
 #include "model/ADKeySortPreferences.h"
 #include "model/ADUndoManager.h"
 #include "model/ArdeckKeyPath.h"
@@ -28,6 +29,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <numeric>
 
 namespace {
 
@@ -45,13 +47,12 @@ std::pair<std::vector<PlistValue>, QStringList> valuesAndKeys(const PlistValue &
         return {std::move(values), keys};
     }
     const PlistDictionary dictionary = list.toDictionary();
-    std::vector<qsizetype> order(size_t(dictionary.count()));
-    for (qsizetype i = 0; i < dictionary.count(); ++i)
-        order[size_t(i)] = i;
-    const KZComparison comparison = ADKeySortPreferences::keySortSelector();
-    std::stable_sort(order.begin(), order.end(), [&](qsizetype a, qsizetype b) {
-        return KZCompareStrings(comparison, dictionary.keyAt(a), dictionary.keyAt(b)) < 0;
-    });
+    std::vector<qsizetype> order =
+        ADKeyOrder::sortedOrder(dictionary, ADKeySortPreferences::keySortSelector());
+    if (order.empty()) { // in order already
+        order.resize(size_t(dictionary.count()));
+        std::iota(order.begin(), order.end(), 0);
+    }
     for (const qsizetype i : order) {
         values.push_back(dictionary.valueAt(i));
         keys << dictionary.keyAt(i);

@@ -143,11 +143,16 @@ TEST_F(ADAppControllerTest, PlistTextHandedOverBecomesAnUnchangedDocument)
     EXPECT_FALSE(document->undoManager().canUndo());
     EXPECT_TRUE(document->fileURL().isEmpty());
 
+    const auto openClipboard = [this] {
+        QString failure = QStringLiteral("unanswered");
+        app.openPlistTextFromClipboard([&failure](const QString &text) { failure = text; });
+        return failure;
+    };
     QGuiApplication::clipboard()->setText(QString());
-    EXPECT_EQ(app.openPlistTextFromClipboard(),
+    EXPECT_EQ(openClipboard(),
               QStringLiteral("Could not open property list text: no string present in selection"));
     QGuiApplication::clipboard()->setText(QStringLiteral("{ a = 1; }"));
-    EXPECT_TRUE(app.openPlistTextFromClipboard().isNull());
+    EXPECT_TRUE(openClipboard().isNull());
     EXPECT_EQ(documents().size(), 2u);
 }
 

@@ -4,7 +4,6 @@
 
 #include "document/ADPlistDocument.h"
 #include "document/KZDocumentPresenter.h"
-#include "model/ADPlistNotifications.h"
 #include "model/ADUndoManager.h"
 #include "preferences/ADPreferences.h"
 #include "preferences/KZUserDefaults.h"
@@ -117,7 +116,6 @@ ADPlistWindowController::ADPlistWindowController(ADPlistDocument &document,
     refreshSyncButtons();
     refreshPlistFormatToolbarItem();
     refreshDefinitionsToolbarItem();
-    refreshViewAsToolbarItem();
     updateTextViewLayout();
     _document.setPresenter(_presenter.get());
     _document.setPanels(_panels.get());
@@ -141,7 +139,6 @@ void ADPlistWindowController::detachFromDocument()
 {
     if (!_documentAlive)
         return;
-    _document.notificationCenter().removeObserver(_changeObservation);
     _outlineController.setNotificationCenter(nullptr);
     _outlineController.setUndoManager(nullptr);
     if (_document.window() == this)
@@ -206,7 +203,7 @@ void ADPlistWindowController::buildWindow()
     });
     connect(_window.get(), &ADPlistWindow::windowClosed, this, [this] {
         saveColumnWidths();
-        if (!_documentClosed)
+        if (_documentAlive) // not closed yet
             _document.close();
         emit windowClosed();
     });
@@ -254,6 +251,10 @@ void ADPlistWindowController::buildToolbar()
     _viewAsButton->setText(localized(168, "View As"));
     _viewAsMenu = new QMenu(_viewAsButton);
     _viewAsButton->setMenu(_viewAsMenu);
+    // Filled when it opens: a selection of a million rows changes often and
+    // is looked at seldom.
+    connect(_viewAsMenu, &QMenu::aboutToShow, this,
+            &ADPlistWindowController::refreshViewAsToolbarItem);
     addItem(localized(168, "View As"),
             localized(170, "View the selected object as a different data type"), _viewAsButton,
             false);
@@ -465,6 +466,7 @@ void ADPlistWindowController::buildMenus()
     raw->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
     QMenu *viewAs = view->addMenu(localized(168, "View As"));
     connect(viewAs, &QMenu::aboutToShow, this, [this, viewAs] {
+        refreshViewAsToolbarItem();
         viewAs->clear();
         viewAs->addActions(_viewAsMenu->actions());
     });
@@ -519,7 +521,6 @@ void ADPlistWindowController::setupDocumentObservations()
 {
     connect(_outlineController.model().selectionModel(), &QItemSelectionModel::selectionChanged,
             this, [this] {
-                refreshViewAsToolbarItem();
                 scheduleRefresh();
                 KZNotificationCenter::defaultCenter().postNotification(
                     PlistDocumentSelectionDidChangeNotification, &_document);
@@ -541,17 +542,11 @@ void ADPlistWindowController::setupDocumentObservations()
             &ADPlistWindowController::refreshTitle);
     connect(&_document, &KZDocument::fileURLChanged, this, &ADPlistWindowController::refreshTitle);
     connect(&_document, &KZDocument::closed, this, [this] {
-        _documentClosed = true;
         detachFromDocument();
         _window->closeWithoutAsking();
     });
     connect(_document.undoManager().undoStack(), &QUndoStack::indexChanged, this,
             &ADPlistWindowController::scheduleRefresh);
-    _changeObservation = _document.notificationCenter().addObserver(
-        PlistObjectDidChangeNotification, nullptr, [this](const KZNotification &) {
-            if (_window->isVisible())
-                refreshViewAsToolbarItem();
-        });
 }
 
 void ADPlistWindowController::plistFormatDidChange(ADPlistFormat format)

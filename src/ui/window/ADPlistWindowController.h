@@ -161,7 +161,6 @@ private:
     QTimer *_refreshTimer = nullptr;            // child
     QHash<QString, QAction *> _actions;         // the window's
     QHash<QAction *, std::function<bool()>> _validators;
-    bool _documentClosed = false;
-    KZNotificationCenter::Token _changeObservation{};
-    QPointer<ADPlistDocument> _documentAlive; // the document may go first once closed
+    // Null once the document has closed (it may then go first).
+    QPointer<ADPlistDocument> _documentAlive;
 };
