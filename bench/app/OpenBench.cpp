@@ -4,12 +4,14 @@
 // file, in time and in peak memory, for every generated shape in every
 // format; and the absolute time for a 1 MB file. Runs alternate; medians.
 // Usage: OpenBench ARBORDECK ARDECK [--size=MB] [--runs=N] [--shape=NAME]
+//        [--format=NAME] [--keep=FOLDER]  (keeps the generated files there, for profiling)
 
 #include "storage/BenchShapes.h"
 
 #include "storage/PlistSerialization.h"
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -102,7 +104,7 @@ int main(int argc, char *argv[])
         arguments << QString::fromLocal8Bit(argv[i]);
     if (arguments.size() < 2) {
         std::fprintf(stderr, "usage: OpenBench ARBORDECK ARDECK [--size=MB] [--runs=N] "
-                             "[--shape=NAME]\n");
+                             "[--shape=NAME] [--format=NAME] [--keep=FOLDER]\n");
         return 2;
     }
     const QString arbordeck = arguments[0];
@@ -110,6 +112,8 @@ int main(int argc, char *argv[])
     const qint64 megabytes = argumentValue(arguments, QStringLiteral("--size"), "100").toLongLong();
     const int runs = argumentValue(arguments, QStringLiteral("--runs"), "3").toInt();
     const QString onlyShape = argumentValue(arguments, QStringLiteral("--shape"), QString());
+    const QString onlyFormat = argumentValue(arguments, QStringLiteral("--format"), QString());
+    const QString keep = argumentValue(arguments, QStringLiteral("--keep"), QString());
 
     QTemporaryDir dir;
     // Settings and autosaves of the runs alone, on the offscreen platform.
@@ -137,11 +141,14 @@ int main(int argc, char *argv[])
         if (!onlyShape.isEmpty() && benchShapeName(shape) != onlyShape)
             continue;
         for (const auto &[format, name] : formats) {
+            if (!onlyFormat.isEmpty() && onlyFormat != QLatin1StringView(name))
+                continue;
             // Dates and data become strings where the format cannot hold them.
             const bool plainOnly = format == ADPlistFormatJSON || format == ADPlistFormatASCII;
-            const QString path =
-                writeBenchFile(dir.filePath(benchShapeName(shape) + u'.' + QString::fromUtf8(name)),
-                               makeBenchValue(shape, megabytes << 20, plainOnly), format);
+            const QString path = writeBenchFile(
+                QDir(keep.isEmpty() ? dir.path() : keep)
+                    .filePath(benchShapeName(shape) + u'.' + QString::fromUtf8(name)),
+                makeBenchValue(shape, megabytes << 20, plainOnly), format);
             const auto [open, lint] =
                 medians({arbordeck, QStringLiteral("--exit-when-shown"), path},
                         {ardeck, "lint", path}, runs);
@@ -150,7 +157,8 @@ int main(int argc, char *argv[])
                         open.seconds / lint.seconds, open.peakMegabytes, lint.peakMegabytes,
                         open.peakMegabytes / lint.peakMegabytes);
             std::fflush(stdout);
-            QFile::remove(path);
+            if (keep.isEmpty())
+                QFile::remove(path);
         }
     }
     return 0;
