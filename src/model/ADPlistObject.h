@@ -217,6 +217,8 @@ public:
     /// Dictionaries first, by their value under `subkey` (missing: last); then the others.
     void sortValuesBySubkey(const QString &subkey, KZComparison comparison);
     QSet<QString> unionOfChildrenSubkeys() const;
+    /// Whether that union has anything in it; stops at the first subkey.
+    bool hasChildrenSubkeys() const;
 
     // --- format compatibility
     /// The types a format holds at the root or below it; 0 for an unknown format.

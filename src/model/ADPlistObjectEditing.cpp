@@ -450,6 +450,16 @@ QSet<QString> ADPlistObject::unionOfChildrenSubkeys() const
     return subkeys;
 }
 
+bool ADPlistObject::hasChildrenSubkeys() const
+{
+    for (qint64 i = 0; i < childCount(); ++i) {
+        const PlistValue child = shownValueForPlist(entryAtIndex(i));
+        if (child.isDictionary() && child.containerCount() > 0)
+            return true;
+    }
+    return false;
+}
+
 int ADPlistObject::plistCompare(const ADPlistObject *other) const
 {
     const ADPlistType mine = plistType();

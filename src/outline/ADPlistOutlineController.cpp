@@ -644,6 +644,12 @@ QStringList ADPlistOutlineController::allSubkeysOfItems(const std::vector<ADPlis
     return sorted;
 }
 
+bool ADPlistOutlineController::anySubkeys(const std::vector<ADPlistObject *> &items)
+{
+    return std::any_of(items.begin(), items.end(),
+                       [](const ADPlistObject *item) { return item->hasChildrenSubkeys(); });
+}
+
 bool ADPlistOutlineController::notRoot(const ADPlistObject *item) const
 {
     return item != _plistRoot.get();
@@ -749,12 +755,12 @@ bool ADPlistOutlineController::validate_sortValues() const
 
 bool ADPlistOutlineController::validate_sortBySubkeyMenuAction() const
 {
-    return _editable && !allSubkeysOfItems(clickedItems()).isEmpty();
+    return _editable && anySubkeys(clickedItems());
 }
 
 bool ADPlistOutlineController::validate_viewBySubkeyMenuAction() const
 {
-    return !allSubkeysOfItems(clickedItems()).isEmpty();
+    return anySubkeys(clickedItems());
 }
 
 bool ADPlistOutlineController::validate_viewAs() const

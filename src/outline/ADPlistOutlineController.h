@@ -241,6 +241,8 @@ public:
     void viewBySubkey(const QString &keyPath);
     /// The subkeys of all dictionaries among the children of `items`.
     static QStringList allSubkeysOfItems(const std::vector<ADPlistObject *> &items);
+    /// Whether `allSubkeysOfItems` would list anything; stops at the first.
+    static bool anySubkeys(const std::vector<ADPlistObject *> &items);
 
     /// The validation rules by command, for one lookup per command.
     bool validate_addChild() const;
