@@ -39,6 +39,11 @@ void ADPlainTextSide::updatePlistText(const QString &text)
     _selection = QTextCursor(_document);
 }
 
+void ADPlainTextSide::showTextBeingMade()
+{
+    updatePlistText(QString());
+}
+
 std::optional<QString> ADPlainTextSide::textInRange(KZRange range)
 {
     if (!ADDocumentText::containsRange(*_document, range))

@@ -29,6 +29,7 @@ public:
     const void *undoTarget() const override { return _document; }
     QString currentText() override;
     void updatePlistText(const QString &text) override;
+    void showTextBeingMade() override;
     std::optional<QString> textInRange(KZRange range) override;
     QString selectedText() override;
     bool selectTextInRange(KZRange range) override;

@@ -54,6 +54,10 @@ ADPlistDocument::ADPlistDocument(ADPreferences &preferences, QObject *parent)
     setAutosavesInPlace(preferences.userDefaults().boolForKey(ADDocumentShouldAutoSaveKey));
     setAutosavingDelay(preferences.userDefaults().doubleForKey(DocumentAutoSaveIntervalKey));
     setupObservations();
+    connect(&_textMaker, &ADPlistTextMaker::textMade, this, [this](const QString &text) {
+        if (_textSide)
+            _textSide->updatePlistText(text);
+    });
 }
 
 ADPlistDocument::~ADPlistDocument()
@@ -112,6 +116,7 @@ void ADPlistDocument::setTextSide(ADPlistTextSide *side)
 {
     if (side == _textSide)
         return;
+    _textMaker.discard();
     if (_textSide) {
         if (_editMode == ADEditModeText)
             _rawText = _textSide->currentText(); // edits not synced yet wait for the next side
@@ -122,8 +127,38 @@ void ADPlistDocument::setTextSide(ADPlistTextSide *side)
         return;
     side->setUndoManager(&undoManager());
     _textMatchesTree = _rawText.isNull();
-    side->updatePlistText(plistText());
-    _rawText = QString();
+    if (_textMatchesTree)
+        showTreeText();
+    else
+        showPlistText(std::exchange(_rawText, QString()));
+}
+
+void ADPlistDocument::finishMakingText()
+{
+    if (const std::optional<QString> text = _textMaker.take(); text && _textSide)
+        _textSide->updatePlistText(*text);
+}
+
+void ADPlistDocument::showPlistText(const QString &text)
+{
+    _textMaker.discard();
+    _textSide->updatePlistText(text);
+}
+
+void ADPlistDocument::showTreeText()
+{
+    const PlistValue &plist = _plistRoot->plist();
+    if (_plistFormat == ADPlistFormatBinary || !ADPlistTextMaker::isWorthAThread(plist)) {
+        showPlistText(plistText());
+        return;
+    }
+    _textSide->showTextBeingMade();
+    _textMaker.start(
+        plist, [format = _plistFormat, humanReadable = _preferences.userDefaults().boolForKey(
+                                           JSONDisplayHumanReadableKey)](const PlistValue &value) {
+            QString reason;
+            return textForPlist(value, format, humanReadable, &reason).value_or(QString());
+        });
 }
 
 void ADPlistDocument::setUserPreferencesLookup(KZUserPreferencesLookup lookup)
@@ -204,6 +239,7 @@ PlistValue ADPlistDocument::currentPlistForMode(ADEditMode mode, QString *errorS
             {QString::number(mode)});
         return {};
     }
+    finishMakingText();
     const QString text = _textSide ? _textSide->currentText() : _rawText;
     std::optional<QByteArray> data;
     QString encodingName;
@@ -273,6 +309,14 @@ QString ADPlistDocument::setCurrentPlist(const PlistValue &plist, ADEditMode mod
 std::optional<QString> ADPlistDocument::textForPlist(const PlistValue &plist, ADPlistFormat format,
                                                      QString *errorString) const
 {
+    return textForPlist(plist, format,
+                        _preferences.userDefaults().boolForKey(JSONDisplayHumanReadableKey),
+                        errorString);
+}
+
+std::optional<QString> ADPlistDocument::textForPlist(const PlistValue &plist, ADPlistFormat format,
+                                                     bool jsonHumanReadable, QString *errorString)
+{
     if (format == ADPlistFormatBinary) {
         *errorString = KZLocalizedStringWithID(
             299, QStringLiteral("The property list is in binary format and has no textual "
@@ -282,9 +326,7 @@ std::optional<QString> ADPlistDocument::textForPlist(const PlistValue &plist, AD
         return std::nullopt;
     }
     if (format == ADPlistFormatJSON || format == ADPlistFormatXML || format == ADPlistFormatASCII) {
-        const bool humanReadable =
-            _preferences.userDefaults().boolForKey(JSONDisplayHumanReadableKey);
-        const WriteResult written = PlistSerialization::write(plist, format, humanReadable);
+        const WriteResult written = PlistSerialization::write(plist, format, jsonHumanReadable);
         if (format == ADPlistFormatJSON && !written) {
             *errorString = written.error;
             return std::nullopt;
@@ -319,7 +361,7 @@ void ADPlistDocument::updatePlistText(const QString &text)
         });
     }
     _textMatchesTree = false;
-    _textSide->updatePlistText(text);
+    showPlistText(text);
 }
 
 QString ADPlistDocument::synchronizeFromMode(ADEditMode mode)
@@ -571,26 +613,31 @@ void ADPlistDocument::presentConversionFailed(ADPlistFormat format)
 
 std::optional<QString> ADPlistDocument::textInRange(KZRange range)
 {
+    finishMakingText();
     return _textSide ? _textSide->textInRange(range) : std::nullopt;
 }
 
 QString ADPlistDocument::selectedText()
 {
+    finishMakingText();
     return _textSide ? _textSide->selectedText() : QString();
 }
 
 bool ADPlistDocument::replaceTextInRange(KZRange range, const QString &text)
 {
+    finishMakingText();
     return _textSide && _textSide->replaceTextInRange(range, text);
 }
 
 bool ADPlistDocument::selectTextInRange(KZRange range)
 {
+    finishMakingText();
     return _textSide && _textSide->selectTextInRange(range);
 }
 
 KZRange ADPlistDocument::rangeOfString(const QString &string, qint64 options, bool wrap)
 {
+    finishMakingText();
     return _textSide ? _textSide->rangeOfString(string, options, wrap) : KZRange{};
 }
 
@@ -750,7 +797,7 @@ void ADPlistDocument::takeFile(const ADPlistObject::Pointer &root, ADPlistFormat
     _rawText = QString();
     setEditMode(ADEditModeNone);
     if (_textSide) {
-        _textSide->updatePlistText(plistText());
+        showTreeText();
         _textMatchesTree = true;
     }
     undoManager().removeAllActions();
@@ -760,7 +807,7 @@ void ADPlistDocument::takeFile(const ADPlistObject::Pointer &root, ADPlistFormat
 void ADPlistDocument::takeRawText(const QString &text)
 {
     if (_textSide) {
-        _textSide->updatePlistText(text);
+        showPlistText(text);
         if (_window)
             _window->exposePlistTextView();
     } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ADPlistTextMaker.h"
 #include "KZDocument.h"
 #include "KZUserPreferences.h"
 
@@ -80,8 +81,12 @@ public:
     ADPlistTextSide *textSide() const { return _textSide; }
     /// Gives the side the document's text; null detaches it, and text edits
     /// not yet synced are kept for the next side. A side is detached before
-    /// it goes.
+    /// it goes. The text of a large tree is made on a worker thread and
+    /// reaches the side later; edits of the tree wait for it meanwhile.
     void setTextSide(ADPlistTextSide *side);
+    /// Puts a text still being made into the side now, waiting for it;
+    /// whatever reads the side's text calls this first.
+    void finishMakingText();
     ADPlistDocumentWindow *window() const { return _window; }
     void setWindow(ADPlistDocumentWindow *window) { _window = window; }
     void setDefinitions(ADDocumentDefinitions *definitions) { _definitions = definitions; }
@@ -120,6 +125,10 @@ public:
     /// The text of a value in a format, or none with the message.
     std::optional<QString> textForPlist(const PlistValue &plist, ADPlistFormat format,
                                         QString *errorString) const;
+    /// The same with the JSON display setting given: touches nothing else, so
+    /// it may run on any thread.
+    static std::optional<QString> textForPlist(const PlistValue &plist, ADPlistFormat format,
+                                               bool jsonHumanReadable, QString *errorString);
     /// Undoable replacement of the whole text.
     void updatePlistText(const QString &text);
     /// Carries the side of `mode` over to the others; the message or a null
@@ -236,6 +245,10 @@ private:
     void storeFormat(ADPlistFormat format);
     void takeFile(const ADPlistObject::Pointer &root, ADPlistFormat format);
     void takeRawText(const QString &text);
+    /// Replaces the side's text, dropping any text being made.
+    void showPlistText(const QString &text);
+    /// The tree's text into the side, made on a worker when the tree is large.
+    void showTreeText();
     std::optional<KZError> writeAutosavedContents(const QString &path);
     void presentConversionFailed(ADPlistFormat format);
     /// Whether every value fits its place in the format, as a save needs.
@@ -257,6 +270,7 @@ private:
     ADPlistObject::Pointer _plistRoot;
     QString _structureDefinitionIdentifier;
     ADPlistTextSide *_textSide = nullptr;
+    ADPlistTextMaker _textMaker;
     ADPlistDocumentWindow *_window = nullptr;
     ADDocumentDefinitions *_definitions = nullptr;
     QString _rawText; // text for the next text side: raw text, or unsynced text of one that went

@@ -32,6 +32,10 @@ public:
     virtual QString currentText() = 0;
     /// Replaces the whole text; records no undo (the document does).
     virtual void updatePlistText(const QString &text) = 0;
+    /// The text is being made elsewhere and comes with the next
+    /// `updatePlistText`: until then the side is empty, says the text is on
+    /// its way, and takes no typing.
+    virtual void showTextBeingMade() = 0;
     /// None unless the range lies within the text.
     virtual std::optional<QString> textInRange(KZRange range) = 0;
     virtual QString selectedText() = 0;

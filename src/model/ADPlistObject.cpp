@@ -3,6 +3,7 @@
 #include "ADKeyOrder.h"
 #include "ADKeySortPreferences.h"
 #include "ADPlistNotifications.h"
+#include "ADPlistReadLease.h"
 
 #include "shared/KZError.h"
 #include "shared/KZLocalizedString.h"
@@ -256,6 +257,15 @@ KZNotificationCenter *ADPlistObject::notificationCenter() const
     while (const ADPlistObject *up = top->plistObjectParent())
         top = up;
     return top->_parent ? top->_parent->notificationCenter() : nullptr;
+}
+
+ADPlistObject::Context ADPlistObject::context() const
+{
+    const ADPlistObject *top = this;
+    while (const ADPlistObject *up = top->plistObjectParent())
+        top = up;
+    ADPlistReadLease::waitUntilReleased(top->_plist);
+    return {top->undoManager(), top->notificationCenter()};
 }
 
 ADUndoManager *ADPlistObject::undoManager() const

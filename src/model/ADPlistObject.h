@@ -284,7 +284,9 @@ private:
     using Slots = std::vector<Pointer>;
 
     static ADPlistObject *nodeOf(ADPlistParent *parent);
-    Context context() const { return {undoManager(), notificationCenter()}; }
+    /// Waits first for any reader on another thread that holds the tree's
+    /// root (`ADPlistReadLease`): every edit starts here.
+    Context context() const;
     Slots &childSlots() const;
     /// Entry `index` of the plain container.
     const PlistValue &entryAtIndex(qint64 index) const;

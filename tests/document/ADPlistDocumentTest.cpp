@@ -430,6 +430,37 @@ TEST_F(ADPlistDocumentTest, JsonShowsInTheChosenFormWithoutAnEdit)
     EXPECT_FALSE(scene.document.undoManager().canUndo());
 }
 
+// A big tree's text is made aside so that the window shows first: the side
+// waits empty, a question about the text waits for it, and a tree edit
+// meanwhile waits too, then leaves the text it made behind the tree as any
+// tree edit does.
+TEST_F(ADPlistDocumentTest, MakesABigTreesTextAsideAndEditsWaitForIt)
+{
+    PlistDictionary big = PlistDictionary::create();
+    for (int i = 0; i < 30'000; ++i)
+        big.insert(QStringLiteral("key %1").arg(i, 5, 10, QChar(u'0')), PlistValue(i)); // in order
+    const QString bigText = textOf(big);
+    for (const bool autoSync : {false, true}) {
+        SCOPED_TRACE(autoSync);
+        _defaults.setBool(autoSync, PlistDocumentAutoSyncTextKey);
+        Scene scene(_prefs);
+        scene.open(big, ADPlistFormatXML);
+        EXPECT_TRUE(scene.text.currentText().isEmpty());
+        EXPECT_EQ(scene.document.rangeOfString(QStringLiteral("key 00009"), 0, true).location,
+                  bigText.indexOf(QStringLiteral("key 00009")));
+        EXPECT_EQ(scene.text.currentText(), bigText);
+
+        scene.document.revertDocumentToSaved();
+        EXPECT_TRUE(scene.text.currentText().isEmpty()) << "a revert makes the text again";
+        scene.editTree("key 00000", str("edited"));
+        EXPECT_EQ(scene.document.editMode(), autoSync ? ADEditModeNone : ADEditModeOutline);
+        EXPECT_EQ(scene.text.currentText(), autoSync ? textOf(scene.tree()) : bigText);
+        scene.document.undoManager().undo();
+        Scene::closeGroup();
+        EXPECT_TRUE(scene.tree().isIdenticalTo(big));
+    }
+}
+
 TEST_F(ADPlistDocumentTest, MenuItemsFollowTheModeAndFormat)
 {
     _defaults.setBool(false, PlistDocumentAutoSyncTextKey);

@@ -8,6 +8,7 @@
 #include "model/ADUndoManager.h"
 #include "preferences/ADPreferences.h"
 #include "preferences/KZUserDefaults.h"
+#include "shared/KZLocalizedString.h"
 #include "shared/KZNotificationCenter.h"
 
 #include <QFontDatabase>
@@ -120,7 +121,7 @@ void ADTextViewController::colorizeAllText()
 
 void ADTextViewController::finishLoading()
 {
-    if (isLoading())
+    if (!_pendingText.isNull()) // a text being made is the document's to finish
         loadPiece(_pendingText.size());
 }
 
@@ -135,10 +136,21 @@ QTextDocument *ADTextViewController::textStorageForPrinting() const
     return _plistTextView->document();
 }
 
+void ADTextViewController::showTextBeingMade()
+{
+    updatePlistText(QString());
+    _textBeingMade = true;
+    _plistTextView->setPlaceholderText(
+        KZLocalizedStringWithID(7390, QStringLiteral("Making the text…")));
+    _plistTextView->setReadOnly(true);
+}
+
 void ADTextViewController::updatePlistText(const QString &text)
 {
     _loadTimer->stop();
     _pendingText = QString();
+    if (std::exchange(_textBeingMade, false))
+        _plistTextView->setPlaceholderText(QString());
     const qsizetype first = pieceEnd(text, 0);
     _undoRecorder->setPaused(true);
     _plistTextView->setPlainText(first == text.size() ? text : text.left(first));

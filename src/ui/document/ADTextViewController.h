@@ -58,7 +58,8 @@ public:
     /// Colours the text again, with the present settings, as it is shown.
     void colorizeAllText();
 
-    bool isLoading() const { return !_pendingText.isNull(); }
+    /// While a text is being made or goes into the view.
+    bool isLoading() const { return _textBeingMade || !_pendingText.isNull(); }
     /// Puts the rest of a text being loaded into the view now.
     void finishLoading();
 
@@ -66,6 +67,7 @@ public:
     /// The text document: what typing registers its undo with.
     QTextDocument *textStorageForPrinting() const;
     void updatePlistText(const QString &text) override;
+    void showTextBeingMade() override;
     std::optional<QString> textInRange(KZRange range) override;
     QString selectedText() override;
     /// Also scrolls to the range and focuses the view.
@@ -91,7 +93,8 @@ private:
     ADXMLTagColorizer *_colorizer;     // child
     ADTextUndoRecorder *_undoRecorder; // child
     QPointer<ADUndoManager> _undoManager;
-    QTimer *_loadTimer;   // child
+    QTimer *_loadTimer; // child
+    bool _textBeingMade = false;
     QString _pendingText; // null unless a text is being loaded
     qsizetype _pendingFrom = 0;
     quint64 _colorObservation;

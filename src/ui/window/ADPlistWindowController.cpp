@@ -654,6 +654,7 @@ bool ADPlistWindowController::validate_gotoLine() const
 
 void ADPlistWindowController::gotoLine()
 {
+    _document.finishMakingText();
     const qint64 lines = numberOfLines(_textViewController->currentText());
     auto *dialog = new QInputDialog(_window.get());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
@@ -671,6 +672,7 @@ void ADPlistWindowController::acceptGotoLine(qint64 lineNumber)
 {
     if (lineNumber < 1)
         return;
+    _document.finishMakingText();
     const QString text = _textViewController->currentText();
     const KZRange range = rangeForLineNumber(text, quint32(lineNumber - 1));
     if (range.location == KZNotFound)

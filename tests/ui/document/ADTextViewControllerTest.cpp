@@ -256,3 +256,19 @@ TEST_F(ADTextViewControllerTest, ALongTextGoesInPieceByPieceAndAnswersWhole)
 }
 
 } // namespace
+
+TEST_F(ADTextViewControllerTest, ATextBeingMadeKeepsTheViewEmptyAndLocked)
+{
+    setText(QStringLiteral("old"));
+    _controller.showTextBeingMade();
+    _controller.setEditable(true);
+    EXPECT_TRUE(_controller.currentText().isEmpty());
+    EXPECT_TRUE(view()->isReadOnly()) << "nothing typed into a text on its way";
+    EXPECT_FALSE(view()->placeholderText().isEmpty());
+
+    _controller.updatePlistText(QStringLiteral("made"));
+    EXPECT_FALSE(_controller.isLoading());
+    EXPECT_FALSE(view()->isReadOnly());
+    EXPECT_TRUE(view()->placeholderText().isEmpty());
+    EXPECT_EQ(_controller.currentText(), QStringLiteral("made"));
+}
