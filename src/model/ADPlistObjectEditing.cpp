@@ -452,9 +452,11 @@ QSet<QString> ADPlistObject::unionOfChildrenSubkeys() const
 
 bool ADPlistObject::hasChildrenSubkeys() const
 {
-    for (qint64 i = 0; i < childCount(); ++i) {
-        const PlistValue child = shownValueForPlist(entryAtIndex(i));
-        if (child.isDictionary() && child.containerCount() > 0)
+    // A UID shows as a dictionary with one key; nothing else changes kind when shown.
+    for (qint64 i = 0, n = childCount(); i < n; ++i) {
+        const PlistValue &entry = entryAtIndex(i);
+        if (entry.kind() == PlistValue::Kind::Uid ||
+            (entry.isDictionary() && entry.containerCount() > 0))
             return true;
     }
     return false;

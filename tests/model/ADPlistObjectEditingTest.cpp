@@ -212,6 +212,22 @@ TEST_F(ADPlistObjectEditingTest, ReordersBothSidesAndPostsTheMap)
     EXPECT_TRUE(doc.heard.empty());
 }
 
+// The menus ask only whether there are subkeys; the answer must match the full union.
+TEST(ADPlistObjectSubkeys, ThereAreSubkeysExactlyWhenTheUnionHasSome)
+{
+    const std::vector<PlistValue> trees{
+        arrayOf({PlistValue(1), PlistDictionary::create()}),
+        arrayOf({PlistValue(1), dictionaryOf({{"k", PlistValue(0)}})}),
+        arrayOf({PlistValue::uid(7)}),
+        dictionaryOf({{"a", arrayOf({PlistValue(1)})}}),
+        PlistValue(1),
+    };
+    for (const PlistValue &plist : trees) {
+        const auto tree = ADPlistObject::createWithPlist(plist);
+        EXPECT_EQ(tree->hasChildrenSubkeys(), !tree->unionOfChildrenSubkeys().isEmpty());
+    }
+}
+
 TEST_F(ADPlistObjectEditingTest, SortsKeysAndValues)
 {
     const auto tree = ADPlistObject::createWithPlist(

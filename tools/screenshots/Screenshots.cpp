@@ -205,6 +205,8 @@ void renderGallery(ADPreferences &preferences)
     ADPlistWindowController &large = gallery.open(
         writeFile(QStringLiteral("Records.plist"),
                   PlistSerialization::write(largeRecords(200000), ADPlistFormatXML).data));
+    shoot(large, "large-file-opening"); // its text still being made
+    large.document().finishMakingText();
     gallery.selectRows(large, {2});
     large.outlineView()->expand(large.outlineController().model().indexForItem(
         large.outlineController().plistRoot()->childAtIndex(2)));
