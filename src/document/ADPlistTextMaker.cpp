@@ -56,9 +56,10 @@ void ADPlistTextMaker::start(const PlistValue &plist, Make make)
     _made = std::async(std::launch::async, [this, plist, make = std::move(make),
                                             lease = std::move(lease), generation]() mutable {
         QString text = make(plist);
-        lease.reset();
+        // Queued before the lease ends, so an edit that waited finds it on its way.
         QMetaObject::invokeMethod(
             this, [this, generation] { deliver(generation); }, Qt::QueuedConnection);
+        lease.reset();
         return text;
     });
 }
