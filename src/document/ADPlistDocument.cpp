@@ -152,6 +152,11 @@ void ADPlistDocument::showTreeText()
         showPlistText(plistText());
         return;
     }
+    makeTextAside(plist);
+}
+
+void ADPlistDocument::makeTextAside(const PlistValue &plist)
+{
     _textSide->showTextBeingMade();
     _textMaker.start(
         plist, [format = _plistFormat, humanReadable = _preferences.userDefaults().boolForKey(
@@ -284,20 +289,8 @@ QString ADPlistDocument::setCurrentPlist(const PlistValue &plist, ADEditMode mod
     case ADEditModeOutline:
         setPlistRoot(ADPlistObject::createWithPlist(plist));
         return {};
-    case ADEditModeText: {
-        QString reason;
-        const std::optional<QString> text = textForPlist(plist, _plistFormat, &reason);
-        // A text that cannot show the tree goes, rather than stay and mislead.
-        updatePlistText(text.value_or(QString()));
-        _textMatchesTree = true;
-        if (text)
-            return {};
-        return KZLocalizedStringWithFormat(
-            297,
-            QStringLiteral("The edit mode cannot be changed because the property list cannot be "
-                           "displayed textually in the current format\n%@"),
-            {reason});
-    }
+    case ADEditModeText:
+        return setTextOfPlist(plist, false);
     case kReservedMode:
         return {};
     default:
@@ -346,22 +339,51 @@ std::optional<QString> ADPlistDocument::textForPlist(const PlistValue &plist, AD
     return std::nullopt;
 }
 
+QString ADPlistDocument::setTextOfPlist(const PlistValue &plist, bool mayMakeAside)
+{
+    if (mayMakeAside && _textSide && _plistFormat != ADPlistFormatBinary &&
+        ADPlistTextMaker::isWorthAThread(plist)) {
+        registerTextInverse();
+        _textMatchesTree = true;
+        makeTextAside(plist);
+        return {};
+    }
+    QString reason;
+    const std::optional<QString> text = textForPlist(plist, _plistFormat, &reason);
+    // A text that cannot show the tree goes, rather than stay and mislead.
+    updatePlistText(text.value_or(QString()));
+    _textMatchesTree = true;
+    if (text)
+        return {};
+    return KZLocalizedStringWithFormat(
+        297,
+        QStringLiteral("The edit mode cannot be changed because the property list cannot be "
+                       "displayed textually in the current format\n%@"),
+        {reason});
+}
+
 void ADPlistDocument::updatePlistText(const QString &text)
 {
     if (!_textSide)
         return;
-    // Text made from the tree comes back by making it again once undo has put
-    // the tree back; only text typed or synced from must be kept whole.
+    registerTextInverse();
+    _textMatchesTree = false;
+    showPlistText(text);
+}
+
+// Text made from the tree comes back by making it again once undo has put
+// the tree back; only text typed or synced from must be kept whole.
+void ADPlistDocument::registerTextInverse()
+{
     if (_textMatchesTree) {
         registerInverse(
             [](ADPlistDocument &document) { document._pendingTextRegeneration = true; });
-    } else {
-        registerInverse([old = _textSide->currentText()](ADPlistDocument &document) {
-            document.updatePlistText(old);
-        });
+        return;
     }
-    _textMatchesTree = false;
-    showPlistText(text);
+    finishMakingText();
+    registerInverse([old = _textSide->currentText()](ADPlistDocument &document) {
+        document.updatePlistText(old);
+    });
 }
 
 QString ADPlistDocument::synchronizeFromMode(ADEditMode mode)
@@ -426,7 +448,7 @@ void ADPlistDocument::undoGroupWillClose()
         // were; text made from the tree is made again now that the tree is back.
         _textMatchesTree = std::exchange(_pendingTextRegeneration, false);
         if (_textMatchesTree)
-            (void)setCurrentPlist(_plistRoot->plist(), ADEditModeText);
+            (void)setTextOfPlist(_plistRoot->plist(), true);
         return;
     }
     if (sync)
@@ -438,7 +460,11 @@ void ADPlistDocument::undoGroupWillClose()
         return;
     }
     if (_autoSyncText) {
-        (void)synchronizeFromMode(ADEditModeOutline); // in this group: one undo takes both back
+        // The text is synced in this group, so one undo takes both back; a big
+        // one is made aside, so the edit does not wait for it. A text that
+        // cannot show the tree comes empty, as a sync leaves it.
+        (void)setTextOfPlist(_plistRoot->entryValue(), true);
+        setEditMode(ADEditModeNone);
         return;
     }
     _textMatchesTree = false;

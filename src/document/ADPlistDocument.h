@@ -249,6 +249,13 @@ private:
     void showPlistText(const QString &text);
     /// The tree's text into the side, made on a worker when the tree is large.
     void showTreeText();
+    /// Starts making the text of `plist` on a worker; the side waits for it.
+    void makeTextAside(const PlistValue &plist);
+    /// The text side's half of `setCurrentPlist`; with `mayMakeAside`, a
+    /// large text is made on a worker and any failure shows as an empty text.
+    QString setTextOfPlist(const PlistValue &plist, bool mayMakeAside);
+    /// What undoes a replacement of the whole text.
+    void registerTextInverse();
     std::optional<KZError> writeAutosavedContents(const QString &path);
     void presentConversionFailed(ADPlistFormat format);
     /// Whether every value fits its place in the format, as a save needs.

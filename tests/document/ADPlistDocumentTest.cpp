@@ -430,10 +430,10 @@ TEST_F(ADPlistDocumentTest, JsonShowsInTheChosenFormWithoutAnEdit)
     EXPECT_FALSE(scene.document.undoManager().canUndo());
 }
 
-// A big tree's text is made aside so that the window shows first: the side
-// waits empty, a question about the text waits for it, and a tree edit
-// meanwhile waits too, then leaves the text it made behind the tree as any
-// tree edit does.
+// A big tree's text is made aside so that the window shows first and an
+// edit with auto sync does not wait for it: the side waits empty, a question
+// about the text waits for it, and a tree edit meanwhile waits too, then
+// leaves the text behind the tree as any tree edit does.
 TEST_F(ADPlistDocumentTest, MakesABigTreesTextAsideAndEditsWaitForIt)
 {
     PlistDictionary big = PlistDictionary::create();
@@ -454,10 +454,13 @@ TEST_F(ADPlistDocumentTest, MakesABigTreesTextAsideAndEditsWaitForIt)
         EXPECT_TRUE(scene.text.currentText().isEmpty()) << "a revert makes the text again";
         scene.editTree("key 00000", str("edited"));
         EXPECT_EQ(scene.document.editMode(), autoSync ? ADEditModeNone : ADEditModeOutline);
+        scene.document.finishMakingText(); // with auto sync the new text is made aside too
         EXPECT_EQ(scene.text.currentText(), autoSync ? textOf(scene.tree()) : bigText);
         scene.document.undoManager().undo();
         Scene::closeGroup();
+        scene.document.finishMakingText();
         EXPECT_TRUE(scene.tree().isIdenticalTo(big));
+        EXPECT_EQ(scene.text.currentText(), bigText);
     }
 }
 
