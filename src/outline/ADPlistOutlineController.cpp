@@ -566,6 +566,11 @@ ADPlistOutlineController::allowedPlistTypes(const ADPlistObject &item) const
 
 // --- commands --------------------------------------------------------------------------------
 
+QStringList ADPlistOutlineController::validatedCommands()
+{
+    return validators().keys();
+}
+
 bool ADPlistOutlineController::validateCommand(const QString &command) const
 {
     const auto found = validators().constFind(command);

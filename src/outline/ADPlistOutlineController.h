@@ -233,6 +233,8 @@ public:
     // --- commands and their validation
     /// Whether the named command is enabled now; a command with no rule is.
     bool validateCommand(const QString &command) const;
+    /// The commands `validateCommand` has a rule for.
+    static QStringList validatedCommands();
     void undo();
     void redo();
     void selectParent();
