@@ -1,7 +1,8 @@
 // Loads the XML text of generated plists into the text view with tag
 // colouring on and off, and times the first painted frame after the load
 // starts, the whole load through its last frame, and one keystroke at the
-// end of the text (the key, its undo step, its colours and the repaint). Each is repeated,
+// end of the text (the key, its undo step, its colours and the repaint), and
+// the text made again after one value in its middle changed ("remake"). Each is repeated,
 // interleaved at random, and a table at the end gives the median with the spread, and colouring on
 // over off.
 // `--large` adds the 100 MB text to the 1 MB and 10 MB ones; `--shape=NAME`
@@ -140,6 +141,33 @@ void registerSize(const SizeStep &size, const QString &text)
             })
             ->UseManualTime()
             ->Iterations(kKeystrokes)
+            ->Repetitions(kRepetitions)
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(
+            ("remake/" + suffix).c_str(),
+            [coloring, &text](benchmark::State &state) {
+                malloc_trim(0);
+                Editor editor(coloring);
+                editor.controller.updatePlistText(text);
+                editor.controller.finishLoading();
+                // One value in the middle changes, as after an edit of the tree with auto sync.
+                QString changed = text;
+                const qsizetype middle = changed.indexOf(u'>', changed.size() / 2) + 1;
+                changed.insert(middle, u'-');
+                ADPlistTextView &view = *editor.controller.plistTextView();
+                bool toChanged = true;
+                for (auto _ : state) {
+                    QElapsedTimer timer;
+                    timer.start();
+                    editor.controller.updatePlistText(toChanged ? changed : text);
+                    editor.controller.finishLoading();
+                    view.viewport()->repaint();
+                    state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
+                    toChanged = !toChanged;
+                }
+            })
+            ->UseManualTime()
+            ->Iterations(4)
             ->Repetitions(kRepetitions)
             ->Unit(benchmark::kMillisecond);
     }

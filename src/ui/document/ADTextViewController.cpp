@@ -3,6 +3,7 @@
 #include "ADPlistTextView.h"
 
 #include "document/ADDocumentText.h"
+#include "document/ADTextChange.h"
 #include "document/ADTextUndoRecorder.h"
 #include "document/ADXMLTagColorizer.h"
 #include "model/ADUndoManager.h"
@@ -48,6 +49,9 @@ ADTextViewController::ADTextViewController(ADPreferences &preferences, QWidget *
     _plistTextView->setUndoRecorder(_undoRecorder);
     connect(_plistTextView, &QPlainTextEdit::textChanged, this,
             &ADTextViewController::textDidChange);
+    // Typing and replacing make the text the view shows differ from the one put in.
+    connect(_plistTextView->document(), &QTextDocument::contentsChange, this,
+            [this] { _showsText = false; });
     connect(_undoRecorder, &ADTextUndoRecorder::textRestored, this,
             [this](KZRange range) { selectTextInRange(range); });
     connect(_plistTextView, &ADPlistTextView::undoRequested, this, [this] {
@@ -138,7 +142,9 @@ QTextDocument *ADTextViewController::textStorageForPrinting() const
 
 void ADTextViewController::showTextBeingMade()
 {
-    updatePlistText(QString());
+    // A whole text stays in view, read-only, until the new one replaces what changed.
+    if (!_showsText)
+        updatePlistText(QString());
     _textBeingMade = true;
     _plistTextView->setPlaceholderText(
         KZLocalizedStringWithID(7390, QStringLiteral("Making the text…")));
@@ -151,11 +157,15 @@ void ADTextViewController::updatePlistText(const QString &text)
     _pendingText = QString();
     if (std::exchange(_textBeingMade, false))
         _plistTextView->setPlaceholderText(QString());
+    if (replaceChangedPart(text)) {
+        _plistTextView->setReadOnly(!_editable);
+        return;
+    }
     const qsizetype first = pieceEnd(text, 0);
-    _undoRecorder->setPaused(true);
-    _plistTextView->setPlainText(first == text.size() ? text : text.left(first));
-    _undoRecorder->setPaused(false);
+    _shownText = text;
+    putText([&] { _plistTextView->setPlainText(first == text.size() ? text : text.left(first)); });
     if (first == text.size()) {
+        _showsText = ADDocumentText::length(*_plistTextView->document()) == text.size();
         _plistTextView->setReadOnly(!_editable);
         return;
     }
@@ -243,15 +253,43 @@ void ADTextViewController::loadPiece(qsizetype end)
 {
     QTextCursor cursor(_plistTextView->document());
     cursor.movePosition(QTextCursor::End);
-    _undoRecorder->setPaused(true);
-    cursor.insertText(QStringView(_pendingText).mid(_pendingFrom, end - _pendingFrom).toString());
-    _undoRecorder->setPaused(false);
+    putText([&] {
+        cursor.insertText(
+            QStringView(_pendingText).mid(_pendingFrom, end - _pendingFrom).toString());
+    });
     _pendingFrom = end;
     const qint64 total = _pendingText.size();
     if (end == total) {
         _loadTimer->stop();
         _pendingText = QString();
+        _showsText = ADDocumentText::length(*_plistTextView->document()) == total;
         _plistTextView->setReadOnly(!_editable);
     }
     emit loadProgress(end, total);
+}
+
+bool ADTextViewController::replaceChangedPart(const QString &text)
+{
+    if (!_showsText)
+        return false;
+    const ADTextChange change = ADTextChange::between(_shownText, text);
+    if (change.inserted.length > kLoadPiece)
+        return false;
+    const QString inserted = text.mid(change.inserted.location, change.inserted.length);
+    QTextDocument &document = *_plistTextView->document();
+    putText([&] { ADDocumentText::replace(document, change.replaced, inserted); });
+    // Where the view holds characters otherwise than the text, start afresh.
+    if (ADDocumentText::length(document) != text.size() ||
+        ADDocumentText::textInRange(document, change.inserted) != inserted)
+        return false;
+    _shownText = text;
+    _showsText = true;
+    return true;
+}
+
+void ADTextViewController::putText(const std::function<void()> &put)
+{
+    _undoRecorder->setPaused(true);
+    put();
+    _undoRecorder->setPaused(false);
 }

@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class ADPlistTextView;
@@ -83,6 +84,11 @@ signals:
 
 private:
     void loadPiece(qsizetype end);
+    /// Changes only the part of the shown text that differs from `text`;
+    /// false when that cannot be done safely or would be too big for one pass.
+    bool replaceChangedPart(const QString &text);
+    /// Puts text into the view as no edit of the user's.
+    void putText(const std::function<void()> &put);
     void userDefaultDidChange(const QString &key);
     void textDidChange();
 
@@ -95,6 +101,8 @@ private:
     QPointer<ADUndoManager> _undoManager;
     QTimer *_loadTimer; // child
     bool _textBeingMade = false;
+    QString _shownText; // the whole text last put in, while the view still shows exactly it
+    bool _showsText = false;
     QString _pendingText; // null unless a text is being loaded
     qsizetype _pendingFrom = 0;
     quint64 _colorObservation;

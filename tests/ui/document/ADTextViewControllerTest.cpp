@@ -259,7 +259,8 @@ TEST_F(ADTextViewControllerTest, ALongTextGoesInPieceByPieceAndAnswersWhole)
 
 TEST_F(ADTextViewControllerTest, ATextBeingMadeKeepsTheViewEmptyAndLocked)
 {
-    setText(QStringLiteral("old"));
+    setText(QStringLiteral("typed over"));
+    typeKeys(QStringLiteral("x")); // a text that is no longer the one put in goes
     _controller.showTextBeingMade();
     _controller.setEditable(true);
     EXPECT_TRUE(_controller.currentText().isEmpty());
@@ -271,4 +272,34 @@ TEST_F(ADTextViewControllerTest, ATextBeingMadeKeepsTheViewEmptyAndLocked)
     EXPECT_FALSE(view()->isReadOnly());
     EXPECT_TRUE(view()->placeholderText().isEmpty());
     EXPECT_EQ(_controller.currentText(), QStringLiteral("made"));
+}
+
+// A text made again after a small change of the tree changes only that part
+// of the view, so a long text is not taken in anew; typed text never serves
+// as the base of such a change.
+TEST_F(ADTextViewControllerTest, AMadeTextReplacesOnlyWhatChanged)
+{
+    QString text;
+    for (int i = 0; text.size() < 1'000'000; ++i)
+        text += QStringLiteral("\t<integer>%1</integer>\n").arg(i);
+    setText(text);
+    _controller.finishLoading();
+    moveTo(500'000);
+
+    _controller.showTextBeingMade();
+    EXPECT_EQ(_controller.currentText(), text) << "the old text stays while the new is made";
+    EXPECT_TRUE(view()->isReadOnly());
+    QString changed = text;
+    changed.replace(QStringLiteral(">4000<"), QStringLiteral(">-4000<"));
+    _controller.updatePlistText(changed);
+    EXPECT_FALSE(_controller.isLoading()) << "no piece by piece load for a small change";
+    EXPECT_FALSE(view()->isReadOnly());
+    EXPECT_EQ(_controller.currentText(), changed);
+    EXPECT_EQ(view()->textCursor().position(), 500'001) << "the place in the text is kept";
+
+    moveTo(0);
+    typeKeys(QStringLiteral("typed"));
+    _controller.updatePlistText(text);
+    _controller.finishLoading();
+    EXPECT_EQ(_controller.currentText(), text);
 }
