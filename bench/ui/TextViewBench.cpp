@@ -30,6 +30,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -86,6 +87,11 @@ void typeAtEnd(ADPlistTextView &view)
     view.viewport()->repaint();
 }
 
+void setTime(benchmark::State &state, const QElapsedTimer &timer)
+{
+    state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
+}
+
 // Times putting the text into the view through its first frame, or with
 // `whole` through the frame after all of it is in.
 void registerLoad(const std::string &name, bool coloring, const QString &text, bool whole)
@@ -104,11 +110,29 @@ void registerLoad(const std::string &name, bool coloring, const QString &text, b
                                              editor.controller.finishLoading();
                                              view.viewport()->repaint();
                                          }
-                                         state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
+                                         setTime(state, timer);
                                      }
                                  })
         ->UseManualTime()
         ->Iterations(1)
+        ->Repetitions(kRepetitions)
+        ->Unit(benchmark::kMillisecond);
+}
+
+// Registers `run` over a view that holds all of `text`.
+void registerWithText(const std::string &name, bool coloring, const QString &text, int iterations,
+                      const std::function<void(Editor &, benchmark::State &)> &run)
+{
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [coloring, &text, run](benchmark::State &state) {
+                                     malloc_trim(0);
+                                     Editor editor(coloring);
+                                     editor.controller.updatePlistText(text);
+                                     editor.controller.finishLoading();
+                                     run(editor, state);
+                                 })
+        ->UseManualTime()
+        ->Iterations(iterations)
         ->Repetitions(kRepetitions)
         ->Unit(benchmark::kMillisecond);
 }
@@ -119,13 +143,9 @@ void registerSize(const SizeStep &size, const QString &text)
         const std::string suffix = std::string(size.name) + (coloring ? "/on" : "/off");
         registerLoad("firstpaint/" + suffix, coloring, text, false);
         registerLoad("fullload/" + suffix, coloring, text, true);
-        benchmark::RegisterBenchmark(
-            ("keystroke/" + suffix).c_str(),
-            [coloring, &text](benchmark::State &state) {
-                malloc_trim(0);
-                Editor editor(coloring);
-                editor.controller.updatePlistText(text);
-                editor.controller.finishLoading();
+        registerWithText(
+            "keystroke/" + suffix, coloring, text, kKeystrokes,
+            [](Editor &editor, benchmark::State &state) {
                 ADPlistTextView &view = *editor.controller.plistTextView();
                 view.moveCursor(QTextCursor::End);
                 view.ensureCursorVisible();
@@ -135,41 +155,26 @@ void registerSize(const SizeStep &size, const QString &text)
                     QElapsedTimer timer;
                     timer.start();
                     typeAtEnd(view);
-                    state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
+                    setTime(state, timer);
                     QCoreApplication::processEvents(); // the end of a pass: its undo group closes
                 }
-            })
-            ->UseManualTime()
-            ->Iterations(kKeystrokes)
-            ->Repetitions(kRepetitions)
-            ->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark(
-            ("remake/" + suffix).c_str(),
-            [coloring, &text](benchmark::State &state) {
-                malloc_trim(0);
-                Editor editor(coloring);
-                editor.controller.updatePlistText(text);
-                editor.controller.finishLoading();
-                // One value in the middle changes, as after an edit of the tree with auto sync.
-                QString changed = text;
-                const qsizetype middle = changed.indexOf(u'>', changed.size() / 2) + 1;
-                changed.insert(middle, u'-');
-                ADPlistTextView &view = *editor.controller.plistTextView();
-                bool toChanged = true;
-                for (auto _ : state) {
-                    QElapsedTimer timer;
-                    timer.start();
-                    editor.controller.updatePlistText(toChanged ? changed : text);
-                    editor.controller.finishLoading();
-                    view.viewport()->repaint();
-                    state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
-                    toChanged = !toChanged;
-                }
-            })
-            ->UseManualTime()
-            ->Iterations(4)
-            ->Repetitions(kRepetitions)
-            ->Unit(benchmark::kMillisecond);
+            });
+        // One value in the middle changes, as after an edit of the tree with auto sync.
+        registerWithText("remake/" + suffix, coloring, text, 4,
+                         [&text](Editor &editor, benchmark::State &state) {
+                             QString changed = text;
+                             changed.insert(changed.indexOf(u'>', changed.size() / 2) + 1, u'-');
+                             bool toChanged = true;
+                             for (auto _ : state) {
+                                 QElapsedTimer timer;
+                                 timer.start();
+                                 editor.controller.updatePlistText(toChanged ? changed : text);
+                                 editor.controller.finishLoading();
+                                 editor.controller.plistTextView()->viewport()->repaint();
+                                 setTime(state, timer);
+                                 toChanged = !toChanged;
+                             }
+                         });
     }
 }
 
