@@ -12,11 +12,13 @@
 #include "preferences/KZUserDefaults.h"
 #include "shared/KZLocalizedString.h"
 #include "shared/PlistDictionary.h"
+#include "storage/PlistFileIO.h"
 #include "storage/PlistSerialization.h"
 #include "storage/SafeFileWriter.h"
 #include "viewers/formatters/KZStringEncoding.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
 
 #include <atomic>
@@ -24,6 +26,8 @@
 namespace {
 
 constexpr ADEditMode kReservedMode = 2; // visited by a sync, holds nothing
+// From this size on a file is read on a worker: reading takes a tenth of a second or more.
+constexpr qint64 kReadAsideBytes = qint64(16) << 20;
 
 std::atomic<quint64> g_nextUniqueID{1};
 
@@ -720,9 +724,56 @@ void ADPlistDocument::readFromURL(const QString &path, const QString &, Completi
             ADPlistFormatBinary; // how the system keeps preference files, whatever this one holds
         if (!plist.isNone())
             root = ADPlistObject::createWithPlist(plist);
+    } else if (QFileInfo(path).size() >= kReadAsideBytes) {
+        readFileAside(path, std::move(done));
+        return;
     } else {
         root = ADPlistObject::plistObjectWithContentsOfFile(path, true, &format, &error);
     }
+    takeReadTree(path, root, format, error, std::move(done));
+}
+
+void ADPlistDocument::readFileAside(const QString &path, Completion done)
+{
+    auto cancelled = std::make_shared<bool>(false);
+    if (presenter()) {
+        _readProgress = presenter()->beginProgress(
+            KZLocalizedStringWithFormat(7391, QStringLiteral("Opening “%@”…"),
+                                        {QFileInfo(path).fileName()}),
+            [cancelled] { *cancelled = true; });
+    }
+    _fileReader.start(
+        [path] {
+            FileRead read;
+            try {
+                read.plist =
+                    ADPlistObject::readPlistFromFile(path, true, &read.format, &read.error);
+            } catch (const std::exception &e) { // nothing a file holds may take the program down
+                read.error = PlistFileIO::readError(QString::fromLocal8Bit(e.what()));
+            }
+            return read;
+        },
+        [this, path, cancelled, done = std::move(done)](FileRead read) {
+            _readProgress.reset();
+            if (*cancelled) {
+                done(cancelledError());
+                return;
+            }
+            ADPlistObject::Pointer root;
+            try {
+                if (!read.plist.isNone())
+                    root = ADPlistObject::createWithPlist(read.plist);
+            } catch (const std::exception &e) {
+                read.error = PlistFileIO::readError(QString::fromLocal8Bit(e.what()));
+            }
+            takeReadTree(path, root, read.format, read.error, done);
+        });
+}
+
+void ADPlistDocument::takeReadTree(const QString &path, const ADPlistObject::Pointer &root,
+                                   ADPlistFormat format, const std::optional<KZError> &error,
+                                   Completion done)
+{
     if (root) {
         setStructureDefinitionIdentifier(
             _definitions ? _definitions->definitionIdentifierForFileAtPath(path) : QString());

@@ -2,6 +2,7 @@
 
 #include "ADPlistTextMaker.h"
 #include "KZDocument.h"
+#include "KZDocumentPresenter.h"
 #include "KZUserPreferences.h"
 
 #include "model/ADPlistObject.h"
@@ -245,6 +246,18 @@ private:
     void storeFormat(ADPlistFormat format);
     void takeFile(const ADPlistObject::Pointer &root, ADPlistFormat format);
     void takeRawText(const QString &text);
+    /// What reading a file on a worker gives: its value, or the error.
+    struct FileRead
+    {
+        PlistValue plist;
+        ADPlistFormat format = ADPlistFormatUnknown;
+        std::optional<KZError> error;
+    };
+    /// A big file is read on a worker, with progress the user may cancel.
+    void readFileAside(const QString &path, Completion done);
+    /// Takes the tree read from a file, or offers its raw text.
+    void takeReadTree(const QString &path, const ADPlistObject::Pointer &root, ADPlistFormat format,
+                      const std::optional<KZError> &error, Completion done);
     /// Replaces the side's text, dropping any text being made.
     void showPlistText(const QString &text);
     /// The tree's text into the side, made on a worker when the tree is large.
@@ -278,6 +291,8 @@ private:
     QString _structureDefinitionIdentifier;
     ADPlistTextSide *_textSide = nullptr;
     ADPlistTextMaker _textMaker;
+    KZWorker<FileRead> _fileReader{this};
+    std::unique_ptr<KZProgressIndicator> _readProgress;
     ADPlistDocumentWindow *_window = nullptr;
     ADDocumentDefinitions *_definitions = nullptr;
     QString _rawText; // text for the next text side: raw text, or unsynced text of one that went

@@ -21,13 +21,6 @@ qsizetype leafBytes(const PlistValue &value)
 
 } // namespace
 
-ADPlistTextMaker::ADPlistTextMaker(QObject *parent) : QObject(parent) {}
-
-ADPlistTextMaker::~ADPlistTextMaker()
-{
-    discard();
-}
-
 bool ADPlistTextMaker::isWorthAThread(const PlistValue &plist)
 {
     qsizetype values = 1;
@@ -50,31 +43,11 @@ bool ADPlistTextMaker::isWorthAThread(const PlistValue &plist)
 void ADPlistTextMaker::start(const PlistValue &plist, Make make)
 {
     discard();
-    const quint64 generation = ++_generation;
-    // Taken here, before the worker runs, so that no edit slips in between.
-    auto lease = std::make_unique<ADPlistReadLease>(plist);
-    _made = std::async(std::launch::async, [this, plist, make = std::move(make),
-                                            lease = std::move(lease), generation]() mutable {
-        QString text = make(plist);
-        // Queued before the lease ends, so an edit that waited finds it on its way.
-        QMetaObject::invokeMethod(
-            this, [this, generation] { deliver(generation); }, Qt::QueuedConnection);
-        lease.reset();
-        return text;
-    });
-}
-
-std::optional<QString> ADPlistTextMaker::take()
-{
-    if (!_made.valid())
-        return std::nullopt;
-    ++_generation; // the delivery on its way finds nothing to deliver
-    return _made.get();
-}
-
-void ADPlistTextMaker::deliver(quint64 generation)
-{
-    if (generation != _generation || !_made.valid())
-        return;
-    emit textMade(_made.get());
+    // Taken here, before the worker runs, so that no edit slips in between,
+    // and ended once the text is on its way, so that an edit that waited
+    // finds it coming.
+    auto lease = std::make_shared<ADPlistReadLease>(plist);
+    _worker.start([plist, make = std::move(make)] { return make(plist); },
+                  [this](const QString &text) { emit textMade(text); },
+                  [lease = std::move(lease)]() mutable { lease.reset(); });
 }

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "shared/KZWorker.h"
 #include "shared/PlistValue.h"
 
 #include <QObject>
 #include <QString>
 
 #include <functional>
-#include <future>
 #include <optional>
 
 /// Makes the text of a large plain value on a worker thread, so that a big
@@ -23,8 +23,7 @@ public:
     /// Makes the text; runs on the worker, so it may touch nothing but the value.
     using Make = std::function<QString(const PlistValue &)>;
 
-    explicit ADPlistTextMaker(QObject *parent = nullptr);
-    ~ADPlistTextMaker() override;
+    explicit ADPlistTextMaker(QObject *parent = nullptr) : QObject(parent) {}
 
     /// Whether making the text of `plist` is worth a thread: it holds many
     /// values, or a great many bytes of strings and data.
@@ -32,9 +31,9 @@ public:
 
     /// Discards what is being made and starts on `plist`.
     void start(const PlistValue &plist, Make make);
-    bool isMaking() const { return _made.valid(); }
+    bool isMaking() const { return _worker.isRunning(); }
     /// Waits for the text being made; no `textMade` follows. None when idle.
-    std::optional<QString> take();
+    std::optional<QString> take() { return _worker.take(); }
     /// Waits for the worker and forgets its text.
     void discard() { (void)take(); }
 
@@ -42,8 +41,5 @@ signals:
     void textMade(const QString &text);
 
 private:
-    void deliver(quint64 generation);
-
-    std::future<QString> _made;
-    quint64 _generation = 0;
+    KZWorker<QString> _worker{this};
 };

@@ -65,6 +65,9 @@ void KZDocumentController::openDocumentWithContentsOfURL(
                           [self = QPointer(this), made, absolute,
                            done = std::move(done)](const std::optional<KZError> &error) {
                               if (!self || error) {
+                                  // Perhaps called from within the document: it goes later.
+                                  if (*made)
+                                      made->release()->deleteLater();
                                   const bool declined =
                                       error && error->is(KZErrorDomain, KZUserCancelledError);
                                   done(nullptr, declined ? std::nullopt : error);

@@ -7,6 +7,12 @@
 
 #include <algorithm>
 
+std::unique_ptr<KZProgressIndicator> KZDocumentPresenter::beginProgress(const QString &,
+                                                                        std::function<void()>)
+{
+    return nullptr;
+}
+
 void KZDocumentPresenter::askOrDecline(KZDocumentPresenter *presenter, const KZQuestion &question,
                                        std::function<void(int button)> answer)
 {

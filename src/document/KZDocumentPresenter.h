@@ -4,6 +4,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 
 class KZError;
 
@@ -14,6 +15,13 @@ struct KZQuestion
     QString informativeText;
     QStringList buttons;   // the first is the default
     int cancelButton = -1; // what Escape chooses, and the answer when no one can be asked
+};
+
+/// Shown while it lives: see `KZDocumentPresenter::beginProgress`.
+class KZProgressIndicator
+{
+public:
+    virtual ~KZProgressIndicator() = default;
 };
 
 /// Where a document's questions go: conversions, reverting, a file changed on
@@ -29,6 +37,11 @@ public:
     /// Shows `question` and calls `answer` once with the index of the button
     /// chosen, perhaps before returning.
     virtual void ask(const KZQuestion &question, std::function<void(int button)> answer) = 0;
+    /// Long work of a document (reading a big file), shown as busy with a
+    /// Cancel button once it has lasted long enough to notice; `cancel` runs
+    /// when the user chooses it. Shown until the indicator goes; none here.
+    virtual std::unique_ptr<KZProgressIndicator> beginProgress(const QString &title,
+                                                               std::function<void()> cancel);
 
     /// Asks `presenter`; with none (no one to ask), logs the question and
     /// answers its cancel button.

@@ -9,6 +9,7 @@
 
 #include "support/ValueBuilders.h"
 
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QUndoStack>
 
@@ -461,6 +462,42 @@ TEST_F(ADPlistDocumentTest, MakesABigTreesTextAsideAndEditsWaitForIt)
         scene.document.finishMakingText();
         EXPECT_TRUE(scene.tree().isIdenticalTo(big));
         EXPECT_EQ(scene.text.currentText(), bigText);
+    }
+}
+
+// A big file is read on a worker, so the program stays live, with progress
+// the user may cancel.
+TEST_F(ADPlistDocumentTest, ReadsABigFileAsideAndCanBeCancelled)
+{
+    const PlistValue big = dictionaryOf({{"blob", PlistValue::data(QByteArray(13 << 20, 'x'))}});
+    const QByteArray bytes = PlistSerialization::write(big, ADPlistFormatXML).data;
+    ASSERT_GT(bytes.size(), 16 << 20);
+    for (const bool cancel : {false, true}) {
+        SCOPED_TRACE(cancel);
+        Scene scene(_prefs);
+        scene.path = scene.folder.filePath(QStringLiteral("big.plist"));
+        writeFile(scene.path, bytes);
+        scene.document.setFileURL(scene.path);
+        std::optional<std::optional<KZError>> result;
+        scene.document.readFromURL(scene.path, ADPlistDocumentPropertyListType,
+                                   [&](const std::optional<KZError> &error) { result = error; });
+        EXPECT_FALSE(result) << "the read goes on aside";
+        ASSERT_EQ(scene.presenter.progressTitles.size(), 1u);
+        EXPECT_TRUE(scene.presenter.progressTitles.front().contains(u"big.plist"));
+        if (cancel)
+            scene.presenter.cancelProgress();
+        QElapsedTimer waited;
+        waited.start();
+        while (!result && waited.elapsed() < 30'000)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(scene.presenter.progressShown, 0) << "the progress went with the read";
+        if (cancel) {
+            EXPECT_TRUE(*result && (*result)->is(KZErrorDomain, KZUserCancelledError));
+            continue;
+        }
+        EXPECT_FALSE(*result);
+        EXPECT_TRUE(scene.tree().isIdenticalTo(big));
     }
 }
 

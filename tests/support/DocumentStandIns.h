@@ -18,7 +18,8 @@
 #include <vector>
 
 /// Answers each question with the button of the next title in the script.
-/// A question the script does not expect fails the test.
+/// A question the script does not expect fails the test. Progress is noted,
+/// with the way to cancel it, and counted while shown.
 class ScriptedPresenter : public KZDocumentPresenter
 {
 public:
@@ -41,8 +42,24 @@ public:
         answer(index < 0 ? cancel : index);
     }
     bool scriptDone() const { return _script.empty(); }
+    std::unique_ptr<KZProgressIndicator> beginProgress(const QString &title,
+                                                       std::function<void()> cancel) override
+    {
+        struct Shown : KZProgressIndicator
+        {
+            explicit Shown(int &count) : count(++count) {}
+            ~Shown() override { --count; }
+            int &count;
+        };
+        progressTitles.push_back(title);
+        cancelProgress = std::move(cancel);
+        return std::make_unique<Shown>(progressShown);
+    }
 
     std::vector<KZQuestion> asked;
+    std::vector<QString> progressTitles;
+    std::function<void()> cancelProgress;
+    int progressShown = 0;
 
 private:
     std::deque<QString> _script;

@@ -2,14 +2,36 @@
 
 #include "KZSheet.h"
 
+#include "shared/KZLocalizedString.h"
+
 #include <QGuiApplication>
 #include <QMessageBox>
+#include <QPointer>
+#include <QProgressDialog>
 #include <QPushButton>
 
 #include <algorithm>
 #include <vector>
 
 namespace {
+
+// Work shorter than this shows nothing.
+constexpr int kProgressDelayMs = 100;
+
+// The dialog goes with the indicator, unless its window took it first.
+class ProgressDialogIndicator : public KZProgressIndicator
+{
+public:
+    explicit ProgressDialogIndicator(QProgressDialog *dialog) : _dialog(dialog) {}
+    ~ProgressDialogIndicator() override
+    {
+        if (_dialog)
+            _dialog->deleteLater();
+    }
+
+private:
+    QPointer<QProgressDialog> _dialog;
+};
 
 QMessageBox::ButtonRole roleOf(const KZQuestion &question, int index)
 {
@@ -44,4 +66,19 @@ void KZMessageBoxPresenter::ask(const KZQuestion &question, std::function<void(i
             answer(chosen == buttons.end() ? unanswered : int(chosen - buttons.begin()));
         });
     KZSheet::show(box);
+}
+
+std::unique_ptr<KZProgressIndicator>
+KZMessageBoxPresenter::beginProgress(const QString &title, std::function<void()> cancel)
+{
+    auto *dialog =
+        new QProgressDialog(title, KZLocalizedStringWithID(276, QStringLiteral("Cancel")), 0, 0,
+                            _window); // a busy bar; owned by the indicator
+    dialog->setWindowTitle(QGuiApplication::applicationDisplayName());
+    dialog->setWindowModality(Qt::NonModal);
+    dialog->setAutoReset(false);
+    dialog->setMinimumDuration(kProgressDelayMs);
+    dialog->setValue(0); // starts the wait after which it shows
+    QObject::connect(dialog, &QProgressDialog::canceled, dialog, std::move(cancel));
+    return std::make_unique<ProgressDialogIndicator>(dialog);
 }

@@ -8,7 +8,8 @@
 /// Shows a document's questions as message boxes attached to its window,
 /// modal for that window only; with no window, modal for the program. A box
 /// goes when it is answered; closing it answers the question's cancel button.
-/// Main thread only.
+/// Progress shows in a dialog that leaves the other windows usable. Main
+/// thread only.
 class KZMessageBoxPresenter : public KZDocumentPresenter
 {
 public:
@@ -16,6 +17,9 @@ public:
     explicit KZMessageBoxPresenter(QWidget *window = nullptr);
 
     void ask(const KZQuestion &question, std::function<void(int button)> answer) override;
+    /// A progress dialog with a busy bar, shown after a tenth of a second.
+    std::unique_ptr<KZProgressIndicator> beginProgress(const QString &title,
+                                                       std::function<void()> cancel) override;
 
 private:
     QPointer<QWidget> _window;

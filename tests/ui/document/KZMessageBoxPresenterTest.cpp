@@ -2,6 +2,7 @@
 
 #include <QLabel>
 #include <QMessageBox>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QTest>
 
@@ -85,3 +86,26 @@ TEST_F(KZMessageBoxPresenterTest, WithoutAWindowItAsksTheWholeProgram)
 }
 
 } // namespace
+
+// Long work shows a busy dialog once it has lasted a moment; Cancel reaches
+// the work, and the dialog goes with its indicator.
+TEST_F(KZMessageBoxPresenterTest, ShowsProgressThatCanBeCancelled)
+{
+    int cancelled = 0;
+    std::unique_ptr<KZProgressIndicator> indicator =
+        _presenter.beginProgress(QStringLiteral("Opening “big.plist”…"), [&] { ++cancelled; });
+    auto *dialog = _window.findChild<QProgressDialog *>();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_FALSE(dialog->isVisible()) << "short work shows nothing";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return dialog->isVisible(); }));
+    EXPECT_EQ(dialog->labelText(), QStringLiteral("Opening “big.plist”…"));
+    EXPECT_FALSE(dialog->isModal()) << "the other windows stay usable";
+
+    auto *cancel = dialog->findChild<QPushButton *>();
+    ASSERT_NE(cancel, nullptr);
+    QTest::mouseClick(cancel, Qt::LeftButton);
+    EXPECT_EQ(cancelled, 1);
+    indicator.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(_window.findChild<QProgressDialog *>(), nullptr);
+}
