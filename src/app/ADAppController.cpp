@@ -126,8 +126,13 @@ void ADAppController::openRequests(const QStringList &requests)
     }
     if (files.isEmpty())
         return;
-    processFiles(files, [this](const std::vector<KZDocument *> &,
-                               const std::vector<KZError> &errors) { presentErrors(errors); });
+    processFiles(
+        files, [this](const std::vector<KZDocument *> &opened, const std::vector<KZError> &errors) {
+            presentErrors(errors);
+            // Every open was cancelled and nothing else is open: nothing is left to show.
+            if (opened.empty() && errors.empty() && _documentController->documents().empty())
+                QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+        });
 }
 
 // A launch with nothing to open: the windows there are come forward, and

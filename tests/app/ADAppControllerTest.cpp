@@ -14,7 +14,10 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFile>
+#include <QProgressDialog>
+#include <QPushButton>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -128,6 +131,29 @@ TEST_F(ADAppControllerTest, AFolderAmongTheFilesOpensNothing)
 
     const std::vector<KZError> missing = open({folder.filePath(QStringLiteral("none.plist"))});
     EXPECT_EQ(missing.size(), 1u) << "a missing file is an error of its own";
+}
+
+// Cancelling the open of the only file asked for leaves nothing to show.
+TEST_F(ADAppControllerTest, ALaunchWhoseOnlyOpenIsCancelledQuits)
+{
+    const QString path =
+        file("big.plist", dictionaryOf({{"blob", PlistValue::data(QByteArray(13 << 20, 'x'))}}));
+    bool timedOut = false;
+    QTimer::singleShot(0, &app, [&] { app.openRequests({path}); });
+    // Chosen as soon as the progress exists, before it has had time to show.
+    QTimer::singleShot(0, &app, [] {
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (auto *progress = qobject_cast<QProgressDialog *>(widget))
+                progress->findChild<QPushButton *>()->click();
+        }
+    });
+    QTimer::singleShot(20'000, &app, [&] {
+        timedOut = true;
+        QCoreApplication::quit();
+    });
+    QCoreApplication::exec();
+    EXPECT_FALSE(timedOut);
+    EXPECT_TRUE(documents().empty());
 }
 
 TEST_F(ADAppControllerTest, PlistTextHandedOverBecomesAnUnchangedDocument)
