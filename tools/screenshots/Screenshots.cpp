@@ -7,6 +7,7 @@
 #include "preferences/ADPreferences.h"
 #include "preferences/KZUserDefaults.h"
 #include "storage/PlistSerialization.h"
+#include "ui/document/KZMessageBoxPresenter.h"
 #include "ui/outline/ADPlistOutlineView.h"
 #include "ui/window/ADPlistWindow.h"
 #include "ui/window/ADPlistWindowController.h"
@@ -15,6 +16,7 @@
 #include <QApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QMessageBox>
 #include <QPainter>
@@ -105,8 +107,11 @@ public:
     {
         auto document = std::make_unique<ADPlistDocument>(_preferences);
         document->setFileURL(path);
+        bool read = false; // a big file is read aside
         document->readFromURL(path, ADPlistDocumentPropertyListType,
-                              [](const std::optional<KZError> &) {});
+                              [&read](const std::optional<KZError> &) { read = true; });
+        while (!read)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
         return show(std::move(document));
     }
     ADPlistWindowController &show(std::unique_ptr<ADPlistDocument> document)
@@ -206,6 +211,17 @@ void renderGallery(ADPreferences &preferences)
         writeFile(QStringLiteral("Records.plist"),
                   PlistSerialization::write(largeRecords(200000), ADPlistFormatXML).data));
     shoot(large, "large-file-opening"); // its text still being made
+    {
+        // What opening a big file shows while it is read, over the window it will fill.
+        KZMessageBoxPresenter presenter(large.window());
+        const std::unique_ptr<KZProgressIndicator> progress =
+            presenter.beginProgress(QStringLiteral("Opening “Records.plist”…"), [] {});
+        QElapsedTimer shown;
+        shown.start();
+        while (shown.elapsed() < 300)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        shoot(large, "large-file-reading");
+    }
     large.document().finishMakingText();
     gallery.selectRows(large, {2});
     large.outlineView()->expand(large.outlineController().model().indexForItem(

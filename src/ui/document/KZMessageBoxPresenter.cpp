@@ -25,8 +25,10 @@ public:
     explicit ProgressDialogIndicator(QProgressDialog *dialog) : _dialog(dialog) {}
     ~ProgressDialogIndicator() override
     {
-        if (_dialog)
-            _dialog->deleteLater();
+        if (!_dialog)
+            return;
+        _dialog->hide(); // at once, though it goes only when control is back in the event loop
+        _dialog->deleteLater();
     }
 
 private:
