@@ -57,28 +57,43 @@ void KZDocumentController::openDocumentWithContentsOfURL(
         return;
     }
     const QString type = typeForContentsOfURL(absolute);
-    auto made = std::make_shared<std::unique_ptr<KZDocument>>(makeDocument(type));
-    KZDocument *document = made->get();
+    _opening.push_back(makeDocument(type));
+    KZDocument *document = _opening.back().get();
     document->setFileURL(absolute);
     document->setFileType(type);
     document->readFromURL(absolute, type,
-                          [self = QPointer(this), made, absolute,
+                          [self = QPointer(this), document, absolute,
                            done = std::move(done)](const std::optional<KZError> &error) {
-                              if (!self || error) {
-                                  // Perhaps called from within the document: it goes later.
-                                  if (*made)
-                                      made->release()->deleteLater();
+                              // With the controller gone, so is the document.
+                              std::unique_ptr<KZDocument> opened =
+                                  self ? self->takeOpening(document) : nullptr;
+                              if (!opened || error) {
+                                  // Perhaps reported from within the document: it goes later.
+                                  if (opened)
+                                      opened.release()->deleteLater();
                                   const bool declined =
                                       error && error->is(KZErrorDomain, KZUserCancelledError);
                                   done(nullptr, declined ? std::nullopt : error);
                                   return;
                               }
-                              KZDocument *opened = made->get();
                               opened->setFileModificationDate(KZFileStamp::ofFile(absolute));
-                              self->addDocument(std::move(*made));
-                              self->closeBlankDocumentFor(opened);
-                              done(opened, std::nullopt);
+                              KZDocument *added = opened.get();
+                              self->addDocument(std::move(opened));
+                              self->closeBlankDocumentFor(added);
+                              done(added, std::nullopt);
                           });
+}
+
+std::unique_ptr<KZDocument> KZDocumentController::takeOpening(KZDocument *document)
+{
+    const auto found =
+        std::find_if(_opening.begin(), _opening.end(),
+                     [document](const auto &opening) { return opening.get() == document; });
+    if (found == _opening.end())
+        return nullptr;
+    std::unique_ptr<KZDocument> taken = std::move(*found);
+    _opening.erase(found);
+    return taken;
 }
 
 KZDocument *KZDocumentController::openUntitledDocumentOfType(const QString &type)

@@ -82,12 +82,16 @@ signals:
 private:
     std::unique_ptr<KZDocument> makeDocument(const QString &type) const;
     void removeDocument(KZDocument *document);
+    std::unique_ptr<KZDocument> takeOpening(KZDocument *document);
     void closeBlankDocumentFor(KZDocument *opened);
     void reopenRecords(std::vector<KZAutosaveStore::Record> records, DocumentsCompletion done);
 
     Factory _factory;
     std::vector<KZFileTypeFilter> _types;
     std::vector<std::unique_ptr<KZDocument>> _documents;
+    /// Documents still reading their files; they go with the controller,
+    /// which waits for a read running aside.
+    std::vector<std::unique_ptr<KZDocument>> _opening;
     KZDocumentPresenter *_presenter = nullptr;
     KZDocumentPanels *_panels = nullptr;
     KZAutosaveStore *_autosaveStore = nullptr;
