@@ -47,51 +47,58 @@ QString KZDocumentController::defaultType() const
     return _types.front().type;
 }
 
-void KZDocumentController::openDocumentWithContentsOfURL(
-    const QString &path,
-    std::function<void(KZDocument *document, const std::optional<KZError> &error)> done)
+void KZDocumentController::openDocumentWithContentsOfURL(const QString &path, OpenCompletion done)
 {
     const QString absolute = QFileInfo(path).absoluteFilePath();
     if (KZDocument *open = documentForURL(absolute)) {
         done(open, std::nullopt);
         return;
     }
+    // A second ask while the file is read waits for the same document, never opens it twice.
+    for (Opening &opening : _opening) {
+        if (opening.document->fileURL() == absolute) {
+            opening.waiting.push_back(std::move(done));
+            return;
+        }
+    }
     const QString type = typeForContentsOfURL(absolute);
-    _opening.push_back(makeDocument(type));
-    KZDocument *document = _opening.back().get();
+    _opening.push_back({makeDocument(type), {std::move(done)}});
+    KZDocument *document = _opening.back().document.get();
     document->setFileURL(absolute);
     document->setFileType(type);
-    document->readFromURL(absolute, type,
-                          [self = QPointer(this), document, absolute,
-                           done = std::move(done)](const std::optional<KZError> &error) {
-                              // With the controller gone, so is the document.
-                              std::unique_ptr<KZDocument> opened =
-                                  self ? self->takeOpening(document) : nullptr;
-                              if (!opened || error) {
-                                  // Perhaps reported from within the document: it goes later.
-                                  if (opened)
-                                      opened.release()->deleteLater();
-                                  const bool declined =
-                                      error && error->is(KZErrorDomain, KZUserCancelledError);
-                                  done(nullptr, declined ? std::nullopt : error);
-                                  return;
-                              }
-                              opened->setFileModificationDate(KZFileStamp::ofFile(absolute));
-                              KZDocument *added = opened.get();
-                              self->addDocument(std::move(opened));
-                              self->closeBlankDocumentFor(added);
-                              done(added, std::nullopt);
-                          });
+    document->readFromURL(
+        absolute, type,
+        [self = QPointer(this), document, absolute](const std::optional<KZError> &error) {
+            if (!self) // the document went with the controller, and its asks unanswered
+                return;
+            Opening opened = self->takeOpening(document);
+            const auto answer = [&opened](KZDocument *result, const std::optional<KZError> &e) {
+                for (const OpenCompletion &waiting : opened.waiting)
+                    waiting(result, e);
+            };
+            if (error) {
+                // Perhaps reported from within the document: it goes later.
+                opened.document.release()->deleteLater();
+                const bool declined = error->is(KZErrorDomain, KZUserCancelledError);
+                answer(nullptr, declined ? std::nullopt : error);
+                return;
+            }
+            opened.document->setFileModificationDate(KZFileStamp::ofFile(absolute));
+            KZDocument *added = opened.document.get();
+            self->addDocument(std::move(opened.document));
+            self->closeBlankDocumentFor(added);
+            answer(added, std::nullopt);
+        });
 }
 
-std::unique_ptr<KZDocument> KZDocumentController::takeOpening(KZDocument *document)
+KZDocumentController::Opening KZDocumentController::takeOpening(KZDocument *document)
 {
     const auto found =
-        std::find_if(_opening.begin(), _opening.end(),
-                     [document](const auto &opening) { return opening.get() == document; });
-    if (found == _opening.end())
-        return nullptr;
-    std::unique_ptr<KZDocument> taken = std::move(*found);
+        std::find_if(_opening.begin(), _opening.end(), [document](const Opening &opening) {
+            return opening.document.get() == document;
+        });
+    Q_ASSERT(found != _opening.end());
+    Opening taken = std::move(*found);
     _opening.erase(found);
     return taken;
 }

@@ -33,6 +33,8 @@ class KZDocumentController : public QObject
 public:
     using Factory = std::function<std::unique_ptr<KZDocument>(const QString &type)>;
     using DocumentsCompletion = std::function<void(const std::vector<KZDocument *> &documents)>;
+    using OpenCompletion =
+        std::function<void(KZDocument *document, const std::optional<KZError> &error)>;
 
     /// `types`: what files open as, by extension; the first is the default type.
     KZDocumentController(Factory factory, std::vector<KZFileTypeFilter> types,
@@ -50,11 +52,9 @@ public:
     QString typeForContentsOfURL(const QString &path) const;
     virtual QString defaultType() const;
 
-    /// Opens the file, or finds it open. No document and no error: the user
-    /// declined (the raw text of a bad file, say).
-    void openDocumentWithContentsOfURL(
-        const QString &path,
-        std::function<void(KZDocument *document, const std::optional<KZError> &error)> done);
+    /// Opens the file, or finds it open, or waits for it while it opens. No
+    /// document and no error: the user declined (the raw text of a bad file, say).
+    void openDocumentWithContentsOfURL(const QString &path, OpenCompletion done);
     KZDocument *openUntitledDocumentOfType(const QString &type);
     /// Runs the open panel and opens each file chosen; errors are shown.
     void openDocument(DocumentsCompletion done = {});
@@ -80,18 +80,25 @@ signals:
     void blankDocumentReplaced(KZDocument *blank, KZDocument *opened);
 
 private:
+    /// A document still reading its file, and the later asks for the same
+    /// file, which get what the first gets. They go with the controller,
+    /// which waits for a read running aside.
+    struct Opening
+    {
+        std::unique_ptr<KZDocument> document;
+        std::vector<OpenCompletion> waiting;
+    };
+
     std::unique_ptr<KZDocument> makeDocument(const QString &type) const;
     void removeDocument(KZDocument *document);
-    std::unique_ptr<KZDocument> takeOpening(KZDocument *document);
+    Opening takeOpening(KZDocument *document);
     void closeBlankDocumentFor(KZDocument *opened);
     void reopenRecords(std::vector<KZAutosaveStore::Record> records, DocumentsCompletion done);
 
     Factory _factory;
     std::vector<KZFileTypeFilter> _types;
     std::vector<std::unique_ptr<KZDocument>> _documents;
-    /// Documents still reading their files; they go with the controller,
-    /// which waits for a read running aside.
-    std::vector<std::unique_ptr<KZDocument>> _opening;
+    std::vector<Opening> _opening; // in the order asked
     KZDocumentPresenter *_presenter = nullptr;
     KZDocumentPanels *_panels = nullptr;
     KZAutosaveStore *_autosaveStore = nullptr;

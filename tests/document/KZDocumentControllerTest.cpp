@@ -7,6 +7,7 @@
 #include "support/ValueBuilders.h"
 
 #include <QDirIterator>
+#include <QElapsedTimer>
 
 #include <gtest/gtest.h>
 
@@ -141,6 +142,34 @@ TEST_F(KZDocumentControllerTest, OpensEachFileOnceAsItsType)
 
     controller->documents().front()->close();
     EXPECT_EQ(controller->documents().size(), 2u);
+}
+
+// A big file opens aside; asking for it again meanwhile waits for the same
+// document rather than open the file twice, where two windows could each
+// save over the other.
+TEST_F(KZDocumentControllerTest, ASecondAskWhileAFileIsReadGetsTheSameDocument)
+{
+    const std::unique_ptr<KZDocumentController> controller = makeController(nullptr);
+    const QString path =
+        file("big.plist", dictionaryOf({{"blob", PlistValue::data(QByteArray(13 << 20, 'x'))}}),
+             ADPlistFormatXML);
+    std::vector<KZDocument *> answers;
+    for (int ask = 0; ask < 2; ++ask) {
+        controller->openDocumentWithContentsOfURL(
+            path, [&answers](KZDocument *document, const std::optional<KZError> &error) {
+                EXPECT_FALSE(error);
+                answers.push_back(document);
+            });
+    }
+    EXPECT_TRUE(answers.empty()) << "the file is read aside";
+    QElapsedTimer waited;
+    waited.start();
+    while (answers.size() < 2 && waited.elapsed() < 30'000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+    ASSERT_EQ(answers.size(), 2u);
+    EXPECT_NE(answers[0], nullptr);
+    EXPECT_EQ(answers[0], answers[1]);
+    EXPECT_EQ(controller->documents().size(), 1u);
 }
 
 TEST_F(KZDocumentControllerTest, ReportsWhatCouldNotBeOpened)
