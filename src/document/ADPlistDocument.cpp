@@ -714,6 +714,10 @@ void ADPlistDocument::bringToFront()
 
 void ADPlistDocument::readFromURL(const QString &path, const QString &, Completion done)
 {
+    if (_fileReader.isRunning()) { // a revert asked for while the file is still being read
+        done(cancelledError());
+        return;
+    }
     std::optional<KZError> error;
     ADPlistFormat format = ADPlistFormatUnknown;
     ADPlistObject::Pointer root;

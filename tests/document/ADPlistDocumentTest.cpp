@@ -482,6 +482,11 @@ TEST_F(ADPlistDocumentTest, ReadsABigFileAsideAndCanBeCancelled)
         scene.document.readFromURL(scene.path, ADPlistDocumentPropertyListType,
                                    [&](const std::optional<KZError> &error) { result = error; });
         EXPECT_FALSE(result) << "the read goes on aside";
+        std::optional<KZError> second;
+        scene.document.readFromURL(scene.path, ADPlistDocumentPropertyListType,
+                                   [&](const std::optional<KZError> &error) { second = error; });
+        EXPECT_TRUE(second && second->is(KZErrorDomain, KZUserCancelledError))
+            << "one read at a time";
         ASSERT_EQ(scene.presenter.progressTitles.size(), 1u);
         EXPECT_TRUE(scene.presenter.progressTitles.front().contains(u"big.plist"));
         if (cancel)
