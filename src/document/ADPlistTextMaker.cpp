@@ -47,7 +47,14 @@ void ADPlistTextMaker::start(const PlistValue &plist, Make make)
     // and ended once the text is on its way, so that an edit that waited
     // finds it coming.
     auto lease = std::make_shared<ADPlistReadLease>(plist);
-    _worker.start([plist, make = std::move(make)] { return make(plist); },
-                  [this](const QString &text) { emit textMade(text); },
-                  [lease = std::move(lease)]() mutable { lease.reset(); });
+    _worker.start(
+        [plist, make = std::move(make)] {
+            try {
+                return make(plist);
+            } catch (const std::exception &) { // out of memory, say: the text shows empty
+                return QString();
+            }
+        },
+        [this](const QString &text) { emit textMade(text); },
+        [lease = std::move(lease)]() mutable { lease.reset(); });
 }

@@ -21,9 +21,9 @@ public:
     KZWorker(const KZWorker &) = delete;
     KZWorker &operator=(const KZWorker &) = delete;
 
-    /// Drops what is running (waiting for it), then runs `work`. Its result
-    /// goes to `done`; `afterQueued` runs on the worker once the result is on
-    /// its way, for what must end only then.
+    /// Drops what is running (waiting for it), then runs `work`, which must
+    /// not throw. Its result goes to `done`; `afterQueued` runs on the worker
+    /// once the result is on its way, for what must end only then.
     void start(std::function<T()> work, std::function<void(T)> done,
                std::function<void()> afterQueued = {})
     {
