@@ -152,11 +152,17 @@ void ADPlistDocument::showPlistText(const QString &text)
 void ADPlistDocument::showTreeText()
 {
     const PlistValue &plist = _plistRoot->plist();
-    if (_plistFormat == ADPlistFormatBinary || !ADPlistTextMaker::isWorthAThread(plist)) {
+    if (!isTextWorthMakingAside(plist)) {
         showPlistText(plistText());
         return;
     }
     makeTextAside(plist);
+}
+
+bool ADPlistDocument::isTextWorthMakingAside(const PlistValue &plist) const
+{
+    return _textSide && _plistFormat != ADPlistFormatBinary &&
+           ADPlistTextMaker::isWorthAThread(plist);
 }
 
 void ADPlistDocument::makeTextAside(const PlistValue &plist)
@@ -345,8 +351,7 @@ std::optional<QString> ADPlistDocument::textForPlist(const PlistValue &plist, AD
 
 QString ADPlistDocument::setTextOfPlist(const PlistValue &plist, bool mayMakeAside)
 {
-    if (mayMakeAside && _textSide && _plistFormat != ADPlistFormatBinary &&
-        ADPlistTextMaker::isWorthAThread(plist)) {
+    if (mayMakeAside && isTextWorthMakingAside(plist)) {
         registerTextInverse();
         _textMatchesTree = true;
         makeTextAside(plist);

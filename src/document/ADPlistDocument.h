@@ -262,6 +262,8 @@ private:
     void showPlistText(const QString &text);
     /// The tree's text into the side, made on a worker when the tree is large.
     void showTreeText();
+    /// Whether the side's text of `plist` is best made on a worker: it is big.
+    bool isTextWorthMakingAside(const PlistValue &plist) const;
     /// Starts making the text of `plist` on a worker; the side waits for it.
     void makeTextAside(const PlistValue &plist);
     /// The text side's half of `setCurrentPlist`; with `mayMakeAside`, a

@@ -31,7 +31,6 @@ public:
 
     /// Discards what is being made and starts on `plist`.
     void start(const PlistValue &plist, Make make);
-    bool isMaking() const { return _worker.isRunning(); }
     /// Waits for the text being made; no `textMade` follows. None when idle.
     std::optional<QString> take() { return _worker.take(); }
     /// Waits for the worker and forgets its text.

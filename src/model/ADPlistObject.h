@@ -121,7 +121,6 @@ public:
     ADPlistParent *parent() const { return _parent; }
     void setParent(ADPlistParent *parent);
     qint64 indexInParent() const { return _indexInParent; }
-    void setIndexInParent(qint64 index) { _indexInParent = index; }
     /// True when the parent is not a node: a parentless node, or one under an outline.
     bool isRoot() const { return plistObjectParent() == nullptr; }
     ADPlistObject *plistObjectParent() const { return _parentIsNode ? nodeOf(_parent) : nullptr; }

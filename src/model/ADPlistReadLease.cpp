@@ -24,10 +24,10 @@ Leases &leases()
     return shared;
 }
 
-bool isLeased(const std::vector<PlistValue> &roots, const PlistValue &root)
+std::vector<PlistValue>::iterator findLease(std::vector<PlistValue> &roots, const PlistValue &root)
 {
-    return std::any_of(roots.begin(), roots.end(),
-                       [&](const PlistValue &leased) { return leased.isSameObject(root); });
+    return std::find_if(roots.begin(), roots.end(),
+                        [&](const PlistValue &leased) { return leased.isSameObject(root); });
 }
 
 } // namespace
@@ -45,9 +45,7 @@ ADPlistReadLease::~ADPlistReadLease()
     Leases &all = leases();
     {
         const std::lock_guard lock(all.mutex);
-        const auto found =
-            std::find_if(all.roots.begin(), all.roots.end(),
-                         [&](const PlistValue &leased) { return leased.isSameObject(_root); });
+        const auto found = findLease(all.roots, _root);
         Q_ASSERT(found != all.roots.end());
         all.roots.erase(found);
         all.count.fetch_sub(1, std::memory_order_release);
@@ -61,5 +59,5 @@ void ADPlistReadLease::waitUntilReleased(const PlistValue &root)
     if (all.count.load(std::memory_order_acquire) == 0)
         return;
     std::unique_lock lock(all.mutex);
-    all.released.wait(lock, [&] { return !isLeased(all.roots, root); });
+    all.released.wait(lock, [&] { return findLease(all.roots, root) == all.roots.end(); });
 }

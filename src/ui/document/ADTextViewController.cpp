@@ -51,7 +51,7 @@ ADTextViewController::ADTextViewController(ADPreferences &preferences, QWidget *
             &ADTextViewController::textDidChange);
     // Typing and replacing make the text the view shows differ from the one put in.
     connect(_plistTextView->document(), &QTextDocument::contentsChange, this,
-            [this] { _showsText = false; });
+            [this] { _shownText = QString(); });
     connect(_undoRecorder, &ADTextUndoRecorder::textRestored, this,
             [this](KZRange range) { selectTextInRange(range); });
     connect(_plistTextView, &ADPlistTextView::undoRequested, this, [this] {
@@ -143,7 +143,7 @@ QTextDocument *ADTextViewController::textStorageForPrinting() const
 void ADTextViewController::showTextBeingMade()
 {
     // A whole text stays in view, read-only, until the new one replaces what changed.
-    if (!_showsText)
+    if (_shownText.isNull())
         updatePlistText(QString());
     _textBeingMade = true;
     _plistTextView->setPlaceholderText(
@@ -162,10 +162,9 @@ void ADTextViewController::updatePlistText(const QString &text)
         return;
     }
     const qsizetype first = pieceEnd(text, 0);
-    _shownText = text;
     putText([&] { _plistTextView->setPlainText(first == text.size() ? text : text.left(first)); });
     if (first == text.size()) {
-        _showsText = ADDocumentText::length(*_plistTextView->document()) == text.size();
+        keepIfShown(text);
         _plistTextView->setReadOnly(!_editable);
         return;
     }
@@ -261,8 +260,7 @@ void ADTextViewController::loadPiece(qsizetype end)
     const qint64 total = _pendingText.size();
     if (end == total) {
         _loadTimer->stop();
-        _pendingText = QString();
-        _showsText = ADDocumentText::length(*_plistTextView->document()) == total;
+        keepIfShown(std::exchange(_pendingText, QString()));
         _plistTextView->setReadOnly(!_editable);
     }
     emit loadProgress(end, total);
@@ -270,7 +268,7 @@ void ADTextViewController::loadPiece(qsizetype end)
 
 bool ADTextViewController::replaceChangedPart(const QString &text)
 {
-    if (!_showsText)
+    if (_shownText.isNull())
         return false;
     const ADTextChange change = ADTextChange::between(_shownText, text);
     if (change.inserted.length > kLoadPiece)
@@ -278,13 +276,18 @@ bool ADTextViewController::replaceChangedPart(const QString &text)
     const QString inserted = text.mid(change.inserted.location, change.inserted.length);
     QTextDocument &document = *_plistTextView->document();
     putText([&] { ADDocumentText::replace(document, change.replaced, inserted); });
+    keepIfShown(text);
     // Where the view holds characters otherwise than the text, start afresh.
-    if (ADDocumentText::length(document) != text.size() ||
-        ADDocumentText::textInRange(document, change.inserted) != inserted)
-        return false;
-    _shownText = text;
-    _showsText = true;
-    return true;
+    return !_shownText.isNull() &&
+           ADDocumentText::textInRange(document, change.inserted) == inserted;
+}
+
+// What the view holds as given is the base of the next change; a view that
+// holds it otherwise (its length tells) takes the next text whole.
+void ADTextViewController::keepIfShown(const QString &text)
+{
+    const bool shown = ADDocumentText::length(*_plistTextView->document()) == text.size();
+    _shownText = shown ? text : QString();
 }
 
 void ADTextViewController::putText(const std::function<void()> &put)

@@ -87,6 +87,7 @@ private:
     /// Changes only the part of the shown text that differs from `text`;
     /// false when that cannot be done safely or would be too big for one pass.
     bool replaceChangedPart(const QString &text);
+    void keepIfShown(const QString &text);
     /// Puts text into the view as no edit of the user's.
     void putText(const std::function<void()> &put);
     void userDefaultDidChange(const QString &key);
@@ -101,8 +102,7 @@ private:
     QPointer<ADUndoManager> _undoManager;
     QTimer *_loadTimer; // child
     bool _textBeingMade = false;
-    QString _shownText; // the whole text last put in, while the view still shows exactly it
-    bool _showsText = false;
+    QString _shownText;   // the whole text last put in while the view shows exactly it, else null
     QString _pendingText; // null unless a text is being loaded
     qsizetype _pendingFrom = 0;
     quint64 _colorObservation;

@@ -38,7 +38,6 @@ protected:
     ADPlistOutlineView &view() const { return _view; }
     static ADPlistObject *itemAt(const QModelIndex &index);
     /// Says whether the value set from the editor was taken.
-    void setCommitTaken(bool taken) const { _commitTaken = taken; }
     /// An alert on the outline's window with one OK button, once the edit
     /// has closed: a modal loop inside a commit would take the editor's focus
     /// and commit it again.
